@@ -1,0 +1,16 @@
+# Deployment values: what a partner or a distribution sets, and nothing in the code repeats. They end up as keys of the
+# same names in the bundle's Info.plist, where they can still be edited without a rebuild.
+set(TXBinariesHost "binaries.tolvix.example" CACHE STRING "Host (and port) of the binaries service")
+set(TXInstallerLogHost "log.tolvix.example" CACHE STRING "Host (and port) of the installer-log service")
+set(TXSupportHost "support.tolvix.example" CACHE STRING "Host of the support page")
+set(TXStoreHost "store.tolvix.example" CACHE STRING "Host of the product's store page")
+set(TXStoreIdentifier "1000000000" CACHE STRING "The product's identifier in the store")
+set(TXProductBundleIdentifier "example.tolvix.desktop" CACHE STRING "Bundle identifier of the product")
+set(TXAgentPreferencesDomain "example.tolvix.agent" CACHE STRING "Preference domain of the product's agent")
+set(TXPartnerName "" CACHE STRING "Partner that the installer is built for; empty for none")
+set(TXPlatformRoot "/" CACHE STRING "Folder that takes the place of / for the applications folder (Linux)")
+set(CFBundleIdentifier "example.tolvix.installer" CACHE STRING "Bundle identifier of the installer")
+set(CFBundleName "Tolvix Installer" CACHE STRING "Name of the installer's bundle")
+set(CFBundleShortVersionString "${PROJECT_VERSION}" CACHE STRING "Marketing version of the installer")
+set(CFBundleVersion "2001" CACHE STRING "Build version of the installer")
+set(CFBundleExecutable "TolvixInstaller")

@@ -1,0 +1,34 @@
+#pragma once
+
+namespace platform {
+
+// An application delegate's answer to a quit request.
+enum class TerminateReply { Cancel = 0, Now = 1, Later = 2 };
+
+// What the main loop tells the application. Main thread.
+class ApplicationDelegate {
+public:
+    virtual ~ApplicationDelegate() = default;
+
+    virtual void applicationDidFinishLaunching() = 0;
+    virtual TerminateReply applicationShouldTerminate() = 0;
+    virtual bool applicationShouldTerminateAfterLastWindowClosed() = 0;
+
+    // The user interface's help command.
+    virtual void showHelp() = 0;
+};
+
+// The running application. Main thread.
+class Application {
+public:
+    virtual ~Application() = default;
+
+    // Asks the application to quit: later, never inside this call, and the delegate may refuse. While an answer of Later
+    // is pending, a further request waits for it and is dropped only when the program ends.
+    virtual void terminate() = 0;
+
+    // Ends the state that the answer Later began: the program ends, or goes on.
+    virtual void replyToApplicationShouldTerminate(bool shouldTerminate) = 0;
+};
+
+} // namespace platform

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "platform/Application.h"
+#include "platform/Authorization.h"
+#include "platform/Bundles.h"
+#include "platform/DiskImages.h"
+#include "platform/Files.h"
+#include "platform/Preferences.h"
+#include "platform/ProcessInfo.h"
+#include "platform/Tasks.h"
+#include "platform/Threads.h"
+#include "platform/Transfers.h"
+#include "platform/UserInterface.h"
+#include "platform/Workspace.h"
+
+namespace platform {
+
+// The services of the system the program runs on. All are borrowed: whoever sets the value keeps them alive for as long
+// as any thread of the program runs.
+struct Platform {
+    Threads* threads = nullptr;
+    Tasks* tasks = nullptr;
+    FileQueries* fileQueries = nullptr;
+    FileChanges* fileChanges = nullptr;
+    Transfers* transfers = nullptr;
+    DiskImages* diskImages = nullptr;
+    Workspace* workspace = nullptr;
+    Authorization* authorization = nullptr;
+    Bundles* bundles = nullptr;
+    Preferences* preferences = nullptr;
+    ProcessInfo* processInfo = nullptr;
+    Locale* locale = nullptr;
+    Console* console = nullptr;
+    Application* application = nullptr;
+    Alerts* alerts = nullptr;
+};
+
+// The process-wide value: set once by the composition root before any other thread starts, or by a test for its own
+// duration.
+inline Platform& current() {
+    static Platform platform;
+    return platform;
+}
+
+} // namespace platform
