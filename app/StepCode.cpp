@@ -1,0 +1,7 @@
+#include "app/StepCode.h"
+
+#include "telemetry/TXInstallerLogController.h"
+
+void logStep(const char* code) {
+    TXInstallerLogController::sharedTXInstallerLogController()->installerLogToServerWithCode(code);
+}

@@ -1,0 +1,54 @@
+#include "telemetry/TXInstallerTools.h"
+
+#include "foundation/PathString.h"
+#include "platform/Platform.h"
+#include "telemetry/Deployment.h"
+
+namespace {
+
+constexpr const char* showLogsKey = "TXDumpUsageLogs";
+constexpr const char* installerIdKey = "TXUniqInstallerId";
+
+} // namespace
+
+std::optional<foundation::Value> TXInstallerTools::objectForUserDefaultsKey(const std::string& key) {
+    const auto domain = Deployment::agentPreferencesDomain();
+    return domain ? platform::current().preferences->appValue(key, *domain) : std::nullopt;
+}
+
+void TXInstallerTools::setObject(const std::optional<foundation::Value>& value, const std::string& forUserDefaultsKey) {
+    const auto domain = Deployment::agentPreferencesDomain();
+    if (!domain) return;
+    platform::current().preferences->setValue(value, forUserDefaultsKey, *domain);
+    platform::current().preferences->synchronize(*domain);
+}
+
+bool TXInstallerTools::boolForUserDefaultsKey(const std::string& key) {
+    const auto value = objectForUserDefaultsKey(key);
+    return value && value->boolValue();
+}
+
+void TXInstallerTools::setBool(bool flag, const std::string& forUserDefaultsKey) {
+    setObject(foundation::Value(flag), forUserDefaultsKey);
+}
+
+bool TXInstallerTools::showLogs() { return boolForUserDefaultsKey(showLogsKey); }
+
+std::string TXInstallerTools::installerId() {
+    if (const auto stored = objectForUserDefaultsKey(installerIdKey)) return stored->description();
+    std::string identifier = platform::current().processInfo->makeUUID();
+    setObject(foundation::Value(identifier), installerIdKey);
+    return identifier;
+}
+
+std::string TXInstallerTools::systemVersionString() {
+    const auto version = platform::current().processInfo->operatingSystemVersion();
+    return "OS_X_" + std::to_string(version.major) + "_" + std::to_string(version.minor) + "_" +
+           std::to_string(version.patch);
+}
+
+bool TXInstallerTools::isInstalledMASTolvixAgent() {
+    const auto container = foundation::path::expandingTilde(
+        "~/Library/Containers/" + Deployment::productBundleIdentifier(), platform::current().processInfo->homeDirectory());
+    return platform::current().fileQueries->fileExists(container);
+}
