@@ -1,0 +1,45 @@
+#pragma once
+
+#include "platform/UserInterface.h"
+
+#include <QObject>
+#include <QSocketNotifier>
+
+#include <deque>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace platform {
+
+// Alerts as numbered questions on the terminal. Where nobody can answer, the button that ends the program is taken.
+class ConsoleAlerts : public Alerts {
+public:
+    // `openChanged` is told when a question begins and when the last one has ended.
+    explicit ConsoleAlerts(std::function<void(bool open)> openChanged);
+
+    void beginSheet(const Alert& alert, std::function<void(int returnCode)> ended) override;
+
+private:
+    struct Question {
+        Alert alert;
+        std::function<void(int)> ended;
+    };
+
+    void post(std::function<void()> step);
+    void showFirst();
+    void prompt();
+    void readInput();
+    void takeLine(const std::string& line);
+    void takeButton(std::size_t button);
+    void takeQuitButton();
+
+    const std::function<void(bool)> openChanged_;
+    // The first one is open.
+    std::deque<Question> questions_;
+    std::string input_;
+    QObject context_;
+    std::unique_ptr<QSocketNotifier> inputReady_;
+};
+
+} // namespace platform

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "platform/ProcessInfo.h"
+
+#include <mutex>
+
+namespace platform {
+
+// Process facts on Linux.
+class LinuxProcessInfo : public ProcessInfo {
+public:
+    // The command line as it was before anything else looked at it. The root is a folder that takes the place of "/" in
+    // systemPath(); "/" and "" change nothing.
+    LinuxProcessInfo(std::vector<std::string> arguments, std::string root);
+
+    std::vector<std::string> arguments() override { return arguments_; }
+    OperatingSystemVersion operatingSystemVersion() override;
+    std::string globallyUniqueString() override;
+    std::string makeUUID() override;
+    std::string temporaryDirectory() override;
+    std::string homeDirectory() override;
+    std::string systemPath(const std::string& path) override;
+    double secondsSinceReferenceDate() override;
+
+private:
+    const std::vector<std::string> arguments_;
+    const std::string root_;
+    std::mutex mutex_;
+    std::string temporaryFolder_;
+};
+
+} // namespace platform

@@ -1,0 +1,91 @@
+#include "Attach.h"
+
+#include "DiskImage.h"
+#include "ExtractedTree.h"
+#include "Failure.h"
+#include "FolderTree.h"
+#include "MountPoint.h"
+#include "SevenZip.h"
+
+#include <cstdio>
+
+namespace hdiutil {
+namespace {
+
+const char* partitionType(FileSystem fileSystem) {
+    switch (fileSystem) {
+    case FileSystem::Hfs:
+        return "Apple_HFS";
+    case FileSystem::Apfs:
+        return "Apple_APFS";
+    case FileSystem::Iso9660:
+        break;
+    }
+    return "Apple_ISO";
+}
+
+// 7-Zip ends well although it left out a link to "/" or one of two entries whose names came out alike, and although a
+// link of an ISO 9660 volume came out as an empty file.
+void checkCompleteness(const SevenZip& sevenZip, const DiskImage& image, const Extraction& extraction,
+                       const ExtractedTree& tree) {
+    const std::size_t all = tree.fileCount() + tree.linkCount();
+    if (extraction.files && *extraction.files != all && *extraction.files != tree.fileCount())
+        throw Failure("the image holds files that cannot be read");
+    if (extraction.fileSystem == FileSystem::Iso9660 && sevenZip.countLinks(image) != tree.linkCount())
+        throw Failure("the image holds a link whose target cannot be read");
+}
+
+// The content of an HFS+ volume comes below a folder with the volume's name. Within names, a colon has become "_": it
+// is the one character that such a volume keeps for its own use, so no program depends on it.
+FileDescriptor openVolume(int staging, FileSystem fileSystem) {
+    const std::vector<std::string> names = entryNames(staging);
+    if (fileSystem == FileSystem::Hfs && names.size() != 1)
+        throw Failure("the image does not hold exactly one volume");
+    FileDescriptor volume = openFolder(staging, fileSystem == FileSystem::Hfs ? names.front() : ".");
+    if (!volume)
+        throw systemFailure("could not open the volume");
+    return volume;
+}
+
+FileSystem fill(MountPoint& mountPoint, const DiskImage& image, Interruption& interruption) {
+    const SevenZip sevenZip(interruption);
+    const int staging = mountPoint.claim();
+    const Extraction extraction = sevenZip.extract(image, staging);
+    ExtractedTree tree(SevenZip::linkPrefix, interruption);
+    tree.mend(staging);
+    checkCompleteness(sevenZip, image, extraction, tree);
+
+    const FileDescriptor volume = openVolume(staging, extraction.fileSystem);
+    if (extraction.fileSystem == FileSystem::Hfs)
+        ExtractedTree::removeHfsMetadata(volume.get());
+    mountPoint.publish(volume.get());
+    mountPoint.mark();
+    interruption.check();
+    return extraction.fileSystem;
+}
+
+// The reason, with a note if something stayed behind.
+Failure undone(MountPoint& mountPoint, const Interruption& interruption, const std::exception& reason) {
+    const int error = mountPoint.restore();
+    if (interruption.isParentGone())
+        mountPoint.removeFolder();
+    if (error != 0)
+        return systemFailure(std::string(reason.what()) + "; the mount point is not empty", error);
+    return Failure(reason.what());
+}
+
+} // namespace
+
+void attach(const std::string& imagePath, const std::string& path) {
+    Interruption interruption;
+    MountPoint mountPoint(path);
+    try {
+        const DiskImage image(imagePath);
+        const char* type = partitionType(fill(mountPoint, image, interruption));
+        std::printf("%s\t%s\t%s\n", imagePath.c_str(), type, mountPoint.resolvedPath().c_str());
+    } catch (const std::exception& reason) {
+        throw undone(mountPoint, interruption, reason);
+    }
+}
+
+} // namespace hdiutil

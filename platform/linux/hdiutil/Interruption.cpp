@@ -1,0 +1,83 @@
+#include "Interruption.h"
+
+#include "Failure.h"
+
+#include <ctime>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace hdiutil {
+namespace {
+
+// A program started in the background or under nohup has these ignored, and they stay without effect.
+void addUnlessIgnored(sigset_t& signals, int signal) {
+    struct sigaction action {};
+    if (::sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN)
+        ::sigaddset(&signals, signal);
+}
+
+sigset_t terminatingSignals() {
+    sigset_t signals;
+    ::sigemptyset(&signals);
+    ::sigaddset(&signals, SIGTERM);
+    addUnlessIgnored(signals, SIGINT);
+    addUnlessIgnored(signals, SIGHUP);
+    return signals;
+}
+
+} // namespace
+
+void deferInterruptions() {
+    const sigset_t signals = terminatingSignals();
+    ::sigprocmask(SIG_BLOCK, &signals, nullptr);
+}
+
+Interruption::Interruption() : _parent(::getppid()) {
+    deferInterruptions();
+    // An inherited "ignore" would reap the children before their status was read.
+    std::signal(SIGCHLD, SIG_DFL);
+    sigset_t childSignal;
+    ::sigemptyset(&childSignal);
+    ::sigaddset(&childSignal, SIGCHLD);
+    ::sigprocmask(SIG_BLOCK, &childSignal, nullptr);
+
+    ::prctl(PR_SET_PDEATHSIG, SIGTERM);
+    _requested = isParentGone();
+}
+
+void Interruption::check() {
+    if (isPending())
+        throw Failure("interrupted");
+}
+
+int Interruption::waitForChild(pid_t child) {
+    sigset_t signals = terminatingSignals();
+    ::sigaddset(&signals, SIGCHLD);
+    int status = 0;
+    while (!_requested) {
+        if (::waitpid(child, &status, WNOHANG) == child)
+            return status;
+        const int signal = ::sigwaitinfo(&signals, nullptr);
+        if (signal > 0 && signal != SIGCHLD)
+            _requested = true;
+    }
+    ::kill(child, SIGKILL);
+    while (::waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
+    }
+    throw Failure("interrupted");
+}
+
+bool Interruption::isParentGone() const {
+    return ::getppid() != _parent;
+}
+
+bool Interruption::isPending() {
+    const sigset_t signals = terminatingSignals();
+    const timespec atOnce{};
+    if (!_requested && ::sigtimedwait(&signals, nullptr, &atOnce) > 0)
+        _requested = true;
+    return _requested;
+}
+
+} // namespace hdiutil

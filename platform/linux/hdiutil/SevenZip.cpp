@@ -1,0 +1,173 @@
+#include "SevenZip.h"
+
+#include "Failure.h"
+#include "Program.h"
+
+#include <algorithm>
+#include <cctype>
+#include <climits>
+#include <cstdlib>
+#include <fcntl.h>
+#include <sstream>
+#include <sys/stat.h>
+
+namespace hdiutil {
+namespace {
+
+constexpr int oldestVersion = 25;
+constexpr const char* imagePath = "/proc/self/fd/0";
+
+std::vector<std::string> split(const std::string& text, char separator) {
+    std::vector<std::string> parts;
+    std::istringstream stream(text);
+    for (std::string part; std::getline(stream, part, separator);)
+        parts.push_back(part);
+    return parts;
+}
+
+// The rest of every line that begins with the key.
+std::vector<std::string> valuesOf(const std::string& text, const std::string& key) {
+    std::vector<std::string> values;
+    for (const std::string& line : split(text, '\n'))
+        if (line.starts_with(key))
+            values.push_back(line.substr(key.size()));
+    return values;
+}
+
+std::vector<std::string> candidateFolders() {
+    std::vector<std::string> folders;
+    char self[PATH_MAX];
+    const ssize_t length = ::readlink("/proc/self/exe", self, sizeof self);
+    if (length > 0) {
+        const std::string path(self, static_cast<std::size_t>(length));
+        folders.push_back(path.substr(0, path.rfind('/')));
+    }
+    folders.insert(folders.end(), {"/usr/bin", "/usr/local/bin"});
+    const char* searchPath = std::getenv("PATH");
+    for (const std::string& folder : split(searchPath != nullptr ? searchPath : "", ':'))
+        if (folder.starts_with('/') && std::find(folders.begin(), folders.end(), folder) == folders.end())
+            folders.push_back(folder);
+    return folders;
+}
+
+bool isProgram(const std::string& path) {
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && ::access(path.c_str(), X_OK) == 0;
+}
+
+// The version in a banner such as "7-Zip (z) 26.02 (x64) : ..." or "7-Zip [64] 16.02 : ...".
+std::optional<std::string> bannerVersion(const std::string& output) {
+    for (const std::string& line : split(output, '\n')) {
+        if (!line.starts_with("7-Zip"))
+            continue;
+        for (const std::string& word : split(line.substr(5), ' '))
+            if (!word.empty() && std::isdigit(static_cast<unsigned char>(word.front())))
+                return word;
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> versionOf(const std::string& path, Interruption& interruption) {
+    const FileDescriptor nothing(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    const FileDescriptor root(::open("/", O_PATH | O_CLOEXEC));
+    return bannerVersion(Program{path, {}, nothing.get(), root.get()}.run(interruption).output);
+}
+
+// Only these lead to the volume, so that an archive is not taken for an image because of its name.
+std::string formatSwitch(const DiskImage& image) {
+    return image.isPacked() ? "-t*:r.dmg" : "-t*:r";
+}
+
+// The last type that was opened is the file system; above it there may only be an image and partition maps.
+FileSystem fileSystemOf(const std::string& output) {
+    static const std::vector<std::string> containers = {"Dmg", "GPT", "APM", "MBR"};
+    std::vector<std::string> types = valuesOf(output, "Type = ");
+    const std::string innermost = types.empty() ? "" : types.back();
+    if (!types.empty())
+        types.pop_back();
+    const bool isNested = std::all_of(types.begin(), types.end(), [&](const std::string& type) {
+        return std::find(containers.begin(), containers.end(), type) != containers.end();
+    });
+    if (isNested && innermost == "HFS")
+        return FileSystem::Hfs;
+    if (isNested && innermost == "APFS")
+        return FileSystem::Apfs;
+    if (isNested && innermost == "Iso")
+        return FileSystem::Iso9660;
+    throw Failure("the image holds no volume that can be read");
+}
+
+// The first complaint about the system or about something inside the image, for the user's information. Error number 1
+// is how 7-Zip prints an inner failure without a number.
+std::string detailOf(const std::string& errors) {
+    for (const std::string& line : split(errors, '\n')) {
+        const std::size_t number = line.find("errno=");
+        const bool isComplaint = number != std::string::npos || line.starts_with("ERROR: ");
+        if (!isComplaint || line.ends_with(imagePath) || line.find("errno=1 ") != std::string::npos)
+            continue;
+        return " (" + line.substr(line.find(": ", number != std::string::npos ? number : 0) + 2) + ")";
+    }
+    return {};
+}
+
+// The line is left out for a single file.
+std::optional<std::size_t> fileCount(const std::string& output) {
+    const std::vector<std::string> counts = valuesOf(output, "Files: ");
+    if (counts.empty())
+        return std::nullopt;
+    return std::strtoul(counts.back().c_str(), nullptr, 10);
+}
+
+} // namespace
+
+SevenZip::SevenZip(Interruption& interruption) : _interruption(interruption) {
+    std::string unfit;
+    for (const char* name : {"7zz", "7z"}) {
+        for (const std::string& folder : candidateFolders()) {
+            const std::string path = folder + "/" + name;
+            if (!isProgram(path))
+                continue;
+            const std::optional<std::string> version = versionOf(path, interruption);
+            if (version && std::atoi(version->c_str()) >= oldestVersion) {
+                _path = path;
+                return;
+            }
+            if (unfit.empty())
+                unfit = " (" + path + " is " + (version ? "version " + *version : "something else") + ")";
+        }
+    }
+    throw Failure("could not find 7-Zip " + std::to_string(oldestVersion) + " or newer" + unfit);
+}
+
+Extraction SevenZip::extract(const DiskImage& image, int folder) const {
+    // The image comes as standard input: its name can neither be taken for a switch or a pattern nor point to something
+    // else by now. The working folder is named by a link, so that every absolute link target gets the same known prefix
+    // and no path grows with the mount point's. No pattern leaves anything out, because it would do so at other places
+    // of other file systems too. The switch for links lets targets with ".." through; links are made last, so nothing
+    // is ever written through one.
+    const std::vector<std::string> arguments = {
+        "x",  "-y",     "-bd", "-bsp0", "-bb0", "-snld20", "-sns-", formatSwitch(image), std::string("-o") + linkPrefix,
+        "--", imagePath};
+    const ProgramResult result = Program{_path, arguments, image.descriptor(), folder}.run(_interruption);
+    if (result.status != 0)
+        throw Failure("the volume could not be read" + detailOf(result.errors));
+    return {fileSystemOf(result.output), fileCount(result.output)};
+}
+
+std::size_t SevenZip::countLinks(const DiskImage& image) const {
+    const FileDescriptor root(::open("/", O_PATH | O_CLOEXEC));
+    const std::vector<std::string> arguments = {"l", "-slt", formatSwitch(image), "--", imagePath};
+    const ProgramResult result = Program{_path, arguments, image.descriptor(), root.get()}.run(_interruption);
+    if (result.status != 0)
+        throw Failure("the volume could not be listed" + detailOf(result.errors));
+    std::size_t links = 0;
+    for (const std::string& mode : valuesOf(result.output, "Mode = ")) {
+        if (mode.starts_with('l'))
+            ++links;
+        else if (!mode.starts_with('-') && !mode.starts_with('d'))
+            throw Failure("the image holds a device, pipe or socket");
+    }
+    return links;
+}
+
+} // namespace hdiutil

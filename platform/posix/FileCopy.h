@@ -1,0 +1,32 @@
+#pragma once
+
+#include <sys/stat.h>
+
+#include <string>
+
+namespace platform {
+
+// One end of a copy: an open folder, the item's name there, and its path for error texts.
+struct CopyEnd {
+    int folder = -1;
+    const char* name = nullptr;
+    std::string path;
+};
+
+// All of these throw on failure. `made`, where given, becomes true when the destination is there, which nothing was
+// before.
+
+// Copies a regular file with its traits. Nothing else is ever opened.
+void copyRegularFile(const CopyEnd& from, const CopyEnd& to, bool* made = nullptr);
+
+// Copies a link itself, with its times.
+void copySymbolicLink(const CopyEnd& from, const CopyEnd& to, bool* made = nullptr);
+
+// Gives the open file or folder `to` the extended attributes of `from` that belong to users, where both file systems
+// have them.
+void copyExtendedAttributes(int from, int to, const std::string& fromPath, const std::string& toPath);
+
+// Gives the open file or folder the mode without the set-id bits, the times, and for the superuser the owner.
+void applyTraits(int descriptor, const struct stat& traits, const std::string& path);
+
+} // namespace platform

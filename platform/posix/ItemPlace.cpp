@@ -1,0 +1,40 @@
+#include "platform/posix/ItemPlace.h"
+
+#include "foundation/PathString.h"
+
+#include <cerrno>
+#include <fcntl.h>
+
+namespace platform {
+
+bool isPath(const std::string& path) {
+    return !path.empty() && path.find('\0') == std::string::npos;
+}
+
+ItemPlace ItemPlace::of(const std::string& path, FileAccess access) {
+    if (path.empty())
+        throw FileFailure{access, path, ENOENT, {}};
+    if (!isPath(path))
+        throw FileFailure{access, path, EINVAL, "the path has a zero byte"};
+    ItemPlace place;
+    place.path = path;
+    place.name = foundation::path::lastPathComponent(path);
+    std::string folder = foundation::path::deletingLastPathComponent(path);
+    if (folder.empty())
+        folder += '.';
+    if (place.name == "/")
+        place.name.front() = '.';
+    place.folder = FileDescriptor(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (!place.folder.isOpen())
+        throwErrno(access, path);
+    return place;
+}
+
+struct stat ItemPlace::status(FileAccess access) const {
+    struct stat status {};
+    if (::fstatat(folder.get(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
+        throwErrno(access, path);
+    return status;
+}
+
+} // namespace platform

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "platform/Files.h"
+#include "platform/posix/FileIdentity.h"
+#include "platform/posix/FolderCreation.h"
+#include "platform/posix/ProtectedFolders.h"
+
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace platform {
+
+// Absolute paths that a removal of private folders must never reach. An empty one means none.
+struct ProtectedPaths {
+    std::string home;
+    std::string applications;
+    std::string temporaryRoot;
+};
+
+// Changes to files by descriptor, never through a link below the given paths.
+class PosixFileChanges : public FileChanges {
+public:
+    explicit PosixFileChanges(ProtectedPaths paths);
+
+    bool createDirectory(const std::string& path, ErrorOut error = nullptr) override;
+    bool copyItem(const std::string& from, const std::string& to, ErrorOut error = nullptr) override;
+    bool moveItem(const std::string& from, const std::string& to, ErrorOut error = nullptr) override;
+    bool removeItem(const std::string& path, ErrorOut error = nullptr) override;
+    bool removePrivateFolder(const std::string& path) override;
+    int removeExtendedAttribute(const std::string& path, const char* name, int options) override;
+
+    // Removes the folders that createDirectory made below the temporary root and that are still there, with their
+    // content. For the end of the program: threads and tools may still be at work in them, so it tries for about half a
+    // second. Whether none is left.
+    bool removeLeftovers();
+
+private:
+    void remember(const MadeFolder& folder);
+    void forget(const std::string& path);
+    bool removeLeftover(const MadeFolder& folder) const;
+
+    std::string temporaryRoot_;
+    ProtectedFolders protected_;
+    std::mutex mutex_;
+    std::vector<MadeFolder> leftovers_;
+};
+
+} // namespace platform

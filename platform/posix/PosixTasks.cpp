@@ -1,0 +1,53 @@
+#include "platform/posix/PosixTasks.h"
+
+#include "platform/posix/ArgumentVector.h"
+#include "platform/posix/ChildProcess.h"
+#include "platform/posix/PosixPipe.h"
+#include "platform/posix/TaskMonitor.h"
+
+#include <csignal>
+#include <utility>
+
+namespace platform {
+
+void ignoreBrokenPipes() {
+    struct sigaction action {};
+    action.sa_handler = SIG_IGN;
+    ::sigaction(SIGPIPE, &action, nullptr);
+}
+
+PosixTasks::PosixTasks() : monitor_(std::make_shared<TaskMonitor>()) {
+    ignoreBrokenPipes();
+}
+
+PosixTasks::~PosixTasks() = default;
+
+std::shared_ptr<Pipe> PosixTasks::makePipe() {
+    return PosixPipe::make(monitor_);
+}
+
+bool PosixTasks::launch(const TaskDescription& task, std::shared_ptr<RunLoop> loop,
+                        std::function<void(int status)> didTerminate) {
+    const auto input = std::dynamic_pointer_cast<PosixPipe>(task.standardInput);
+    const auto output = std::dynamic_pointer_cast<PosixPipe>(task.standardOutput);
+    if (!input || !output || !isExpressible(task))
+        return false;
+    const auto inputEnd = input->readEnd();
+    const auto outputEnd = output->writeEnd();
+    if (!inputEnd || !outputEnd)
+        return false;
+    FileDescriptor process = spawnChild(task, inputEnd->get(), outputEnd->get());
+    if (!process.isOpen())
+        return false;
+    // Only the child holds these ends from now on: its end is the end of the output, and of anybody reading the input.
+    input->closeReading();
+    output->closeWriting();
+    monitor_->addChild(std::move(process), std::move(loop), std::move(didTerminate));
+    return true;
+}
+
+bool PosixTasks::launchDetached(const TaskDescription& task) {
+    return isExpressible(task) && spawnDetached(task);
+}
+
+} // namespace platform

@@ -1,0 +1,112 @@
+#include "platform/posix/TreeRemoval.h"
+
+#include "platform/posix/FolderListing.h"
+#include "platform/posix/TreeWalk.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace platform {
+
+namespace {
+
+constexpr auto writing = FileAccess::Writing;
+
+void unlinkEntry(int folder, const std::string& name, int flags, const std::string& path) {
+    if (::unlinkat(folder, name.c_str(), flags) != 0 && errno != ENOENT)
+        throwErrno(writing, path);
+}
+
+// The folder as a place only; not open when it is gone.
+FileDescriptor findFolder(int parent, dev_t parentDevice, const std::string& name, const std::string& path) {
+    FileDescriptor folder(::openat(parent, name.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (!folder.isOpen()) {
+        if (errno != ENOENT)
+            throwErrno(writing, path);
+    } else if (isVolumeRoot(folder.get(), parentDevice)) {
+        throw FileFailure{writing, path, EBUSY, "another volume begins there"};
+    }
+    return folder;
+}
+
+// Opens the folder for its entries to be read and removed; not open when it is gone.
+FileDescriptor openUp(const FileDescriptor& place, const std::string& path) {
+    struct stat status {};
+    if (::fstat(place.get(), &status) != 0)
+        throwErrno(writing, path);
+    if (status.st_uid == ::geteuid() && (status.st_mode & S_IRWXU) != S_IRWXU) {
+        // A place has no descriptor that fchmod takes. Where this fails, opening fails too and says why.
+        const std::string self = "/proc/self/fd/" + std::to_string(place.get());
+        ::chmod(self.c_str(), (status.st_mode & 07777) | S_IRWXU);
+    }
+    FileDescriptor folder(::openat(place.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!folder.isOpen() && errno != ENOENT)
+        throwErrno(writing, path);
+    return folder;
+}
+
+class Removal : public FolderVisitor {
+public:
+    std::vector<std::string> enterFolder(FolderCursor& at) override {
+        std::vector<FolderEntry> entries;
+        if (!listFolder(at.descriptor(), entries) && errno != ENOENT)
+            throwErrno(writing, at.path());
+        std::vector<std::string> folders;
+        for (FolderEntry& entry : entries) {
+            if (entry.type == S_IFDIR)
+                folders.push_back(std::move(entry.name));
+            else
+                unlinkEntry(at.descriptor(), entry.name, 0, at.pathOf(entry.name));
+        }
+        return folders;
+    }
+
+    FileDescriptor openFolder(FolderCursor& at, const std::string& name) override {
+        const std::string path = at.pathOf(name);
+        const FileDescriptor place = findFolder(at.descriptor(), at.status().st_dev, name, path);
+        return place.isOpen() ? openUp(place, path) : FileDescriptor();
+    }
+
+    void leaveFolder(FolderCursor& parent, const std::string& name) override {
+        unlinkEntry(parent.descriptor(), name, AT_REMOVEDIR, parent.pathOf(name));
+    }
+};
+
+} // namespace
+
+void requireChangeableFolder(const ItemPlace& place) {
+    if (::faccessat(place.folder.get(), ".", W_OK | X_OK, AT_EACCESS) != 0)
+        throwErrno(writing, place.path);
+}
+
+void removeFolder(const ItemPlace& place, const std::function<void(int folder)>& check) {
+    if (isDots(place.name))
+        throw FileFailure{writing, place.path, EINVAL, {}};
+    struct stat parent {};
+    if (::fstat(place.folder.get(), &parent) != 0)
+        throwErrno(writing, place.path);
+    const FileDescriptor folder = findFolder(place.folder.get(), parent.st_dev, place.name, place.path);
+    if (!folder.isOpen())
+        throw FileFailure{writing, place.path, ENOENT, {}};
+    check(folder.get());
+    requireChangeableFolder(place);
+    FileDescriptor root = openUp(folder, place.path);
+    if (!root.isOpen())
+        return;
+    FolderCursor at(std::move(root), place.path, writing);
+    Removal removal;
+    walkTree(at, removal);
+    unlinkEntry(place.folder.get(), place.name, AT_REMOVEDIR, place.path);
+}
+
+void removeItem(const ItemPlace& place) {
+    if (S_ISDIR(place.status(writing).st_mode))
+        removeFolder(place, [](int) {});
+    else
+        unlinkEntry(place.folder.get(), place.name, 0, place.path);
+}
+
+} // namespace platform

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "platform/posix/ItemPlace.h"
+
+#include <functional>
+
+namespace platform {
+
+// Removes an item with all below it, by descriptor. A link itself is removed, never its target. Folders of this user
+// that may not be changed are opened up. Fails before any change where the item's own folder may not be changed, and at
+// a folder where another volume begins. What somebody else removes meanwhile is no failure.
+void removeItem(const ItemPlace& place);
+
+// The same for a folder, once the check of the opened folder has not thrown.
+void removeFolder(const ItemPlace& place, const std::function<void(int folder)>& check);
+
+// Throws when this user may not change the entries of the folder that holds the item.
+void requireChangeableFolder(const ItemPlace& place);
+
+} // namespace platform

@@ -1,0 +1,45 @@
+#include "platform/posix/UniqueRename.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace platform {
+
+namespace {
+
+bool makePlaceholder(const ItemPlace& place, bool folder) {
+    const char* const name = place.name.c_str();
+    if (folder)
+        return ::mkdirat(place.folder.get(), name, S_IRWXU) == 0;
+    return FileDescriptor(
+               ::openat(place.folder.get(), name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR))
+        .isOpen();
+}
+
+} // namespace
+
+int renameOverPlaceholder(const ItemPlace& from, const ItemPlace& to) {
+    struct stat status {};
+    if (::fstatat(from.folder.get(), from.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
+        return errno;
+    const bool folder = S_ISDIR(status.st_mode);
+    if (!makePlaceholder(to, folder))
+        return errno;
+    if (::renameat(from.folder.get(), from.name.c_str(), to.folder.get(), to.name.c_str()) == 0)
+        return 0;
+    const int result = errno;
+    ::unlinkat(to.folder.get(), to.name.c_str(), folder ? AT_REMOVEDIR : 0);
+    return result;
+}
+
+int renameUnique(const ItemPlace& from, const ItemPlace& to) {
+    if (::renameat2(from.folder.get(), from.name.c_str(), to.folder.get(), to.name.c_str(), RENAME_NOREPLACE) == 0)
+        return 0;
+    // EINVAL is also the answer for a folder that would move into itself; the second way finds that out as well.
+    return errno == EINVAL || errno == ENOSYS ? renameOverPlaceholder(from, to) : errno;
+}
+
+} // namespace platform

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "platform/Application.h"
+
+#include <QObject>
+
+namespace platform {
+
+// The running application on a Qt event loop. Made on the main thread, after the Qt application object.
+class QtApplication : public Application {
+public:
+    // Borrowed until the program ends; set before run().
+    void setDelegate(ApplicationDelegate& delegate) { delegate_ = &delegate; }
+
+    // Runs the event loop until the program is to end; the exit status.
+    int run();
+
+    void terminate() override;
+    void replyToApplicationShouldTerminate(bool shouldTerminate) override;
+
+private:
+    void post(void (QtApplication::*step)());
+    void finishLaunching();
+    void askDelegate();
+    void end();
+
+    ApplicationDelegate* delegate_ = nullptr;
+    // Steps that are still posted when this object goes are dropped with it.
+    QObject context_;
+    bool running_ = false;
+    // The delegate's answer was Later, and its reply is still to come.
+    bool replyPending_ = false;
+    // A request that came before the loop ran or while the reply was pending.
+    bool requestWaiting_ = false;
+    bool ended_ = false;
+};
+
+} // namespace platform
