@@ -1,0 +1,205 @@
+#!/usr/bin/env python3
+"""Measures the built installer side by side with what does the same work without it.
+
+Each pair of commands runs in turn, several times, and the ratio is taken round by round, so that a machine whose speed
+drifts does not decide. Works in build/bench. Times are wall-clock seconds; memory is the largest resident size.
+"""
+import argparse
+import os
+import shutil
+import signal
+import statistics
+import subprocess
+import sys
+import time
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parent))
+from diskimage.build import make_image  # noqa: E402
+from sample_product import make_sample_product  # noqa: E402
+from services import LocalServices  # noqa: E402
+from trial import BUNDLE, REPOSITORY, Trial  # noqa: E402
+
+BENCH = REPOSITORY / "build" / "bench"
+TOOLS = REPOSITORY / "build" / "release" / "tools" / "bench"
+HDIUTIL = BUNDLE / "Contents" / "Helpers" / "hdiutil"
+IDENTIFIER = "example.tolvix.desktop"
+
+
+def measure(command, environment=None):
+    """Runs the command; its seconds and its peak memory in MB. Raises CalledProcessError."""
+    start = time.monotonic()
+    process = subprocess.Popen(command, env=environment, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                               stderr=subprocess.DEVNULL)
+    _, status, usage = os.wait4(process.pid, 0)
+    seconds = time.monotonic() - start
+    process.returncode = os.waitstatus_to_exitcode(status)
+    if process.returncode != 0:
+        raise subprocess.CalledProcessError(process.returncode, command)
+    return seconds, usage.ru_maxrss / 1024
+
+
+def side_by_side(name, ours, theirs, rounds):
+    """Prints the medians of two measurements, taken in turn, and the median of their ratios."""
+    ours()
+    theirs()
+    pairs = [(ours(), theirs()) for _ in range(rounds)]
+    for figure, unit in ((0, "s"), (1, "MB")):
+        mine, other = ([pair[side][figure] for pair in pairs] for side in (0, 1))
+        ratio = statistics.median(a / b for a, b in zip(mine, other))
+        print(f"{name if figure == 0 else '':26}  {statistics.median(mine):8.3f} {unit:2}"
+              f"  {statistics.median(other):8.3f} {unit:2}  ratio {ratio:5.2f}", flush=True)
+
+
+def fresh(path):
+    shutil.rmtree(path, ignore_errors=True)
+    return path
+
+
+def make_images(megabytes):
+    """An image of a product of that size, as 64 KB to 1 MB files, and the folder that it was made from."""
+    volume, image = BENCH / f"volume-{megabytes}", BENCH / f"image-{megabytes}.dmg"
+    make_sample_product(volume, identifier=IDENTIFIER, payload_files=megabytes * 8, payload_bytes=1 << 17)
+    make_image(str(volume), str(image), "Tolvix", level=1)
+    return volume, image
+
+
+def bench_download(services, rounds):
+    url = f"https://{services.image.host}/Tolvix.dmg"
+    target = str(BENCH / "downloaded")
+    environment = {**os.environ, "SSL_CERT_FILE": services.certificate}
+    side_by_side("download | curl", lambda: measure([str(TOOLS / "bench_tool"), "download", url, target], environment),
+                 lambda: measure(["curl", "-sS", "--fail", "--cacert", services.certificate, "-o", target, url]), rounds)
+
+
+def bench_attach(image, rounds):
+    mount, plain = BENCH / "mount", BENCH / "plain"
+
+    def attach():
+        mount.mkdir()
+        try:
+            return measure([str(HDIUTIL), "attach", str(image), "-mountpoint", str(mount), "-noverify", "-nobrowse",
+                            "-noautoopen"])
+        finally:
+            subprocess.run([str(HDIUTIL), "detach", str(mount), "-force"], check=True)
+
+    side_by_side("attach | 7-Zip", attach,
+                 lambda: measure(["7zz", "x", "-y", "-bd", "-snld20", "-sns-", f"-o{fresh(plain)}", str(image)]), rounds)
+
+
+def bench_copy(volume, rounds):
+    source, target = volume / "Tolvix.app", BENCH / "copied"
+    side_by_side("copy | cp -a", lambda: measure([str(TOOLS / "bench_tool"), "copy", str(source), str(fresh(target))]),
+                 lambda: measure(["cp", "-a", str(source), str(fresh(target))]), rounds)
+
+
+SCRIPT = """set -e
+curl -sS --fail --cacert "$1" "https://$2/5/binaries/query?platform=launcher_macosx&target=archive&format=json\
+&currentSoftwareVersion=1&os=x&partner=" >/dev/null
+curl -sS --fail --cacert "$1" -o "$4/Tolvix.dmg" "https://$3/Tolvix.dmg"
+7zz x -y -bd -snld20 -sns- "-o$4/volume" "$4/Tolvix.dmg" >/dev/null
+rm -rf "$5/Tolvix.app"
+cp -a "$4"/volume/*/Tolvix.app "$5/Tolvix.app"
+rm -rf "$4/Tolvix.dmg" "$4/volume"
+"""
+
+
+def bench_whole_run(services, trial, rounds):
+    work, target = BENCH / "script", BENCH / "script-applications"
+    work.mkdir()
+    target.mkdir()
+    script = ["sh", "-c", SCRIPT, "sh", services.certificate, services.binaries.host, services.image.host, str(work),
+              str(target)]
+    side_by_side("whole run | script", lambda: measure(trial.command("--auto-start", "NO"), trial.environment()),
+                 lambda: measure(script), rounds)
+
+
+def bench_memory(services, trial, images):
+    for megabytes, image in images.items():
+        services.image.image = str(image)
+        _, peak = measure(trial.command("--auto-start", "NO"), trial.environment())
+        print(f"peak memory, {megabytes} MB product      {peak:8.1f} MB")
+
+
+class Screen:
+    """A display without a monitor, and the moments at which windows appear on it."""
+
+    def __enter__(self):
+        reading, writing = os.pipe()
+        self._server = subprocess.Popen(["Xvfb", "-displayfd", str(writing), "-screen", "0", "1280x800x24"],
+                                        pass_fds=[writing], stdin=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        os.close(writing)
+        with os.fdopen(reading) as numbers:
+            self.display = ":" + numbers.readline().strip()
+        return self
+
+    def __exit__(self, *_):
+        self._server.terminate()
+        self._server.wait()
+
+    def measure(self, command, environment, until=lambda: True):
+        """Seconds until the command's window is on screen, and its peak memory in MB; ends it once `until` holds."""
+        watcher = subprocess.Popen(["xev", "-display", self.display, "-root", "-event", "substructure"],
+                                   stdout=subprocess.PIPE, text=True, bufsize=1)
+        time.sleep(0.2)  # until the watcher listens
+        start = time.monotonic()
+        process = subprocess.Popen(command, env={**environment, "DISPLAY": self.display}, stdin=subprocess.DEVNULL,
+                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        for line in watcher.stdout:
+            if line.startswith("MapNotify"):
+                break
+        seconds = time.monotonic() - start
+        while not until():
+            time.sleep(0.005)
+        process.send_signal(signal.SIGKILL)
+        _, _, usage = os.wait4(process.pid, 0)
+        process.returncode = 0
+        watcher.terminate()
+        watcher.wait()
+        watcher.stdout.close()
+        return seconds, usage.ru_maxrss / 1024
+
+
+def bench_window(services, trial, rounds):
+    services.image.faults.hang = True
+    bare = [str(TOOLS / "bare_window")]
+    seen = []
+
+    def installer():
+        services.log.events.clear()
+        services.binaries.requests.clear()
+        start = services.journal.now() + 0.2
+        result = screen.measure(trial.command(), trial.environment(), lambda: services.binaries.requests)
+        seen.append(services.binaries.requests[0].time - start)
+        for leftover in trial.temporary.iterdir():
+            shutil.rmtree(leftover)
+        return result
+
+    with Screen() as screen:
+        side_by_side("window | bare Qt window", installer, lambda: screen.measure(bare, dict(os.environ)), rounds)
+    print(f"check request arrives      {statistics.median(seen[1:]):8.3f} s")
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--rounds", type=int, default=5)
+    parser.add_argument("--sizes", type=int, nargs=2, default=[100, 300], metavar="MB", help="of the product")
+    options = parser.parse_args()
+    fresh(BENCH).mkdir(parents=True)
+    made = {size: make_images(size) for size in options.sizes}
+    volume, image = made[options.sizes[-1]]
+    print(f"{'':26}  {'installer':>11}  {'beside it':>11}   ({options.sizes[-1]} MB product, {options.rounds} rounds)")
+    with LocalServices(str(image)) as services, Trial(BENCH / "trial") as trial:
+        trial.use_services(services)
+        bench_download(services, options.rounds)
+        bench_attach(image, options.rounds)
+        bench_copy(volume, options.rounds)
+        bench_whole_run(services, trial, options.rounds)
+        bench_memory(services, trial, {size: pair[1] for size, pair in made.items()})
+        bench_window(services, trial, options.rounds)
+    shutil.rmtree(BENCH)
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

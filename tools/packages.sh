@@ -1,0 +1,30 @@
+# Sourced by the scripts at the top of the tree: puts the Debian packages in place that they need.
+
+build_packages="g++ cmake ninja-build qt6-base-dev libcurl4-openssl-dev"
+run_packages="7zip python3 openssl ca-certificates xdg-utils"
+test_packages="libgtest-dev xvfb xdotool sudo"
+check_packages="clang-format-14 clang-tidy-14 libclang-rt-14-dev"
+
+# Installs the packages that are missing. Without apt it says what is needed and goes on, as all may be there in another
+# form; without the right to install it says what to install.
+install_packages() {
+    if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
+        echo "No apt here. Needed, by their Debian names: $*" >&2
+        return 0
+    fi
+    local missing=() package
+    for package in "$@"; do
+        dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q ' installed$' || missing+=("$package")
+    done
+    [ ${#missing[@]} -gt 0 ] || return 0
+    echo "Installing missing packages: ${missing[*]}"
+    local elevate=()
+    [ "$(id -u)" = 0 ] || elevate=(sudo)
+    if [ ${#elevate[@]} -gt 0 ] && ! command -v sudo >/dev/null; then
+        echo "Please install as administrator: ${missing[*]}" >&2
+        return 1
+    fi
+    "${elevate[@]}" apt-get update -qq
+    "${elevate[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
+        "${missing[@]}" >/dev/null
+}
