@@ -20,7 +20,8 @@ Alert makeAlert(AlertStyle style, const std::string& subject, const std::vector<
     alert.style = style;
     alert.messageText = TXLocalizedString(subject + "_TITLE");
     alert.informativeText = TXLocalizedString(subject + "_DESCRIPTION");
-    for (const std::string& key : buttonKeys) alert.buttons.push_back(TXLocalizedString(key));
+    for (const std::string& key : buttonKeys)
+        alert.buttons.push_back(TXLocalizedString(key));
     return alert;
 }
 
@@ -34,7 +35,8 @@ Alert quitWhileBusyAlert() {
 
 Alert failureAlert(const std::string& subject, bool offersManualDownload) {
     std::vector<std::string> buttons;
-    if (offersManualDownload) buttons.emplace_back("MAC_LAUNCHER_FAILED_WARNING_MANUAL_DONWLOAD");
+    if (offersManualDownload)
+        buttons.emplace_back("MAC_LAUNCHER_FAILED_WARNING_MANUAL_DONWLOAD");
     buttons.emplace_back("MAC_LAUNCHER_FAILED_WARNING_QUIT");
     Alert alert = makeAlert(AlertStyle::Critical, subject, buttons);
     alert.escapeButton = alert.quitButton = buttons.size() - 1;
@@ -43,14 +45,16 @@ Alert failureAlert(const std::string& subject, bool offersManualDownload) {
 
 Alert storeAlert(bool offersManualDownload) {
     std::vector<std::string> buttons{"MAC_LAUNCHER_MACAPPSTORE_WARNING_OPEN", "MAC_LAUNCHER_MACAPPSTORE_WARNING_QUIT"};
-    if (offersManualDownload) buttons.emplace_back("MAC_LAUNCHER_MACAPPSTORE_WARNING_MANUAL_DONWLOAD");
+    if (offersManualDownload)
+        buttons.emplace_back("MAC_LAUNCHER_MACAPPSTORE_WARNING_MANUAL_DONWLOAD");
     Alert alert = makeAlert(AlertStyle::Warning, "MAC_LAUNCHER_MACAPPSTORE_WARNING", buttons);
     alert.escapeButton = alert.quitButton = 1;
     return alert;
 }
 
 void openURL(const std::optional<foundation::URL>& url) {
-    if (url) platform::current().workspace->openURL(*url);
+    if (url)
+        platform::current().workspace->openURL(*url);
 }
 
 } // namespace
@@ -63,7 +67,8 @@ void TXAppDelegate::beginSheet(const Alert& alert, void (TXAppDelegate::*ended)(
 platform::TerminateReply TXAppDelegate::applicationShouldTerminate() {
     const bool busy = (downloadController && downloadController->downloadInProgress()) ||
                       (installController && installController->installInProgress());
-    if (!busy) return platform::TerminateReply::Now;
+    if (!busy)
+        return platform::TerminateReply::Now;
     beginSheet(quitWhileBusyAlert(), &TXAppDelegate::terminateAlertDidEnd);
     return platform::TerminateReply::Later;
 }
@@ -73,15 +78,19 @@ void TXAppDelegate::terminateAlertDidEnd(int returnCode) {
         platform::current().application->replyToApplicationShouldTerminate(false);
         return;
     }
-    if (downloadController) stopDownload();
-    if (installController) stopInstall();
+    if (downloadController)
+        stopDownload();
+    if (installController)
+        stopInstall();
     platform::current().application->replyToApplicationShouldTerminate(true);
 }
 
 void TXAppDelegate::showFailureOnCheck(bool onCheck, bool onDownload, bool /*onInstall*/) {
     std::string subject = "MAC_LAUNCHER_FAILED_INSTALL";
-    if (onDownload) subject = "MAC_LAUNCHER_FAILED_DOWNLOAD";
-    if (onCheck) subject = "MAC_LAUNCHER_FAILED_CHECK";
+    if (onDownload)
+        subject = "MAC_LAUNCHER_FAILED_DOWNLOAD";
+    if (onCheck)
+        subject = "MAC_LAUNCHER_FAILED_CHECK";
     beginSheet(failureAlert(subject, !onCheck && _directURL), &TXAppDelegate::errorAlertDidEnd);
 }
 

@@ -57,7 +57,9 @@ void TXAppDelegate::printSummary(bool autoStart) {
                 textOf(TXInstallerConfig::shortVersionString())}));
 }
 
-bool TXAppDelegate::applicationShouldTerminateAfterLastWindowClosed() { return true; }
+bool TXAppDelegate::applicationShouldTerminateAfterLastWindowClosed() {
+    return true;
+}
 
 void TXAppDelegate::startCheckAtURL(const std::optional<foundation::URL>& url) {
     checkController = stages.makeCheckController(shared_from_this());
@@ -65,7 +67,8 @@ void TXAppDelegate::startCheckAtURL(const std::optional<foundation::URL>& url) {
 }
 
 void TXAppDelegate::stopCheck() {
-    if (checkController && checkController->checkInProgress()) checkController->abortChecking();
+    if (checkController && checkController->checkInProgress())
+        checkController->abortChecking();
     checkController.reset();
 }
 
@@ -77,7 +80,8 @@ void TXAppDelegate::startDownloadAtURL(const foundation::URL& url) {
 }
 
 void TXAppDelegate::stopDownload() {
-    if (downloadController && downloadController->downloadInProgress()) downloadController->abortDownloadArchive();
+    if (downloadController && downloadController->downloadInProgress())
+        downloadController->abortDownloadArchive();
     downloadController.reset();
 }
 
@@ -87,7 +91,8 @@ void TXAppDelegate::startInstallAtURL(const foundation::URL& url) {
 }
 
 void TXAppDelegate::stopInstall() {
-    if (installController && installController->installInProgress()) installController->abortInstallArchive();
+    if (installController && installController->installInProgress())
+        installController->abortInstallArchive();
     installController.reset();
 }
 
@@ -107,7 +112,8 @@ void TXAppDelegate::checkDidEndWithURL(const foundation::URL& url, const std::st
     stopCheck();
     _directURL = url;
     // Deliberate: the store edition is reported and the installation goes on.
-    if (TXInstallerTools::isInstalledMASTolvixAgent()) logStep(StepCode::storeEditionPresent);
+    if (TXInstallerTools::isInstalledMASTolvixAgent())
+        logStep(StepCode::storeEditionPresent);
     startDownloadAtURL(url);
 }
 
@@ -124,7 +130,9 @@ void TXAppDelegate::downloadWillStartAtURL(const std::optional<foundation::URL>&
     windowController->downloadWillStart();
 }
 
-void TXAppDelegate::downloadProgress(double progress) { windowController->downloadProgress(progress); }
+void TXAppDelegate::downloadProgress(double progress) {
+    windowController->downloadProgress(progress);
+}
 
 void TXAppDelegate::downloadDidEndAtURL(const foundation::URL& url) {
     logStep(StepCode::downloadDidEnd);
@@ -146,7 +154,9 @@ void TXAppDelegate::installWillStart() {
     windowController->installWillStart();
 }
 
-void TXAppDelegate::installProgress(double progress) { windowController->installProgress(progress); }
+void TXAppDelegate::installProgress(double progress) {
+    windowController->installProgress(progress);
+}
 
 void TXAppDelegate::installDidEnd() {
     logStep(StepCode::installDidEnd);
@@ -172,11 +182,14 @@ void TXAppDelegate::launchDidFailWithError(const foundation::Error& error) {
     terminateWhenLogged();
 }
 
-void TXAppDelegate::installerLogRequestWillStart() { ++_pendingRequests; }
+void TXAppDelegate::installerLogRequestWillStart() {
+    ++_pendingRequests;
+}
 
 void TXAppDelegate::installerLogRequestDidFinish() {
     --_pendingRequests;
-    if (_pendingRequests == 0 && _terminateRequested) platform::current().application->terminate();
+    if (_pendingRequests == 0 && _terminateRequested)
+        platform::current().application->terminate();
 }
 
 void TXAppDelegate::terminateWhenLogged() {

@@ -12,9 +12,9 @@
 
 class TXInstallWindowController;
 
-// The application delegate and the spine of the installer: check, download, install, quit. Every stage callback posts one
-// step code, updates the window, and starts the next stage, shows an alert, or quits. It owns a stage controller only
-// while that stage runs. Main thread.
+// The application delegate and the spine of the installer: check, download, install, quit. Every stage callback posts
+// one step code, updates the window, and starts the next stage, shows an alert, or quits. It owns a stage controller
+// only while that stage runs. Main thread.
 class TXAppDelegate final : public platform::ApplicationDelegate,
                             public TXCheckControllerDelegate,
                             public TXDownloadControllerDelegate,

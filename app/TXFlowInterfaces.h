@@ -8,8 +8,8 @@
 #include <optional>
 #include <string>
 
-// How the flow and its stages speak to each other. Every message to a delegate arrives on the main thread. A stage keeps
-// its delegate alive; a running stage keeps itself alive and reports its end even when the flow has dropped it.
+// How the flow and its stages speak to each other. Every message to a delegate arrives on the main thread. A stage
+// keeps its delegate alive; a running stage keeps itself alive and reports its end even when the flow has dropped it.
 
 class TXCheckControllerDelegate {
 public:
@@ -51,8 +51,8 @@ public:
     virtual void installerLogRequestDidFinish() = 0;
 };
 
-// The three stages. A start while the stage is in progress is ignored. Aborting does nothing: a started stage always runs
-// to its end and reports it.
+// The three stages. A start while the stage is in progress is ignored. Aborting does nothing: a started stage always
+// runs to its end and reports it.
 
 class TXCheckStage {
 public:
@@ -83,6 +83,7 @@ public:
 // Makes a stage with its delegate, once per run.
 struct TXStageFactory {
     std::function<std::shared_ptr<TXCheckStage>(std::shared_ptr<TXCheckControllerDelegate>)> makeCheckController;
-    std::function<std::shared_ptr<TXDownloadStage>(std::shared_ptr<TXDownloadControllerDelegate>)> makeDownloadController;
+    std::function<std::shared_ptr<TXDownloadStage>(std::shared_ptr<TXDownloadControllerDelegate>)>
+        makeDownloadController;
     std::function<std::shared_ptr<TXInstallStage>(std::shared_ptr<TXInstallControllerDelegate>)> makeInstallController;
 };

@@ -53,7 +53,8 @@ struct Surroundings {
 };
 
 std::unique_ptr<platform::MainInterface> makeMainInterface(Surroundings& surroundings) {
-    if (!hasDisplay()) return platform::makeConsoleInterface();
+    if (!hasDisplay())
+        return platform::makeConsoleInterface();
     const auto text = [&](const char* key) {
         return Deployment::informationText(surroundings.bundles, key).value_or("");
     };
@@ -66,9 +67,20 @@ struct System {
     explicit System(const std::vector<std::string>& arguments) : surroundings(arguments) {}
 
     platform::Platform services() {
-        return {&threads,   &tasks,         &fileQueries, &fileChanges,          &transfers,
-                &diskImages, &workspace,    &authorization, &surroundings.bundles, &preferences,
-                &surroundings.processInfo, &surroundings.locale, &surroundings.console, &application,
+        return {&threads,
+                &tasks,
+                &fileQueries,
+                &fileChanges,
+                &transfers,
+                &diskImages,
+                &workspace,
+                &authorization,
+                &surroundings.bundles,
+                &preferences,
+                &surroundings.processInfo,
+                &surroundings.locale,
+                &surroundings.console,
+                &application,
                 &interface->alerts()};
     }
 

@@ -30,7 +30,8 @@ std::string TXAppDelegate::feedURL() {
     };
     std::string query;
     for (const auto& [key, value] : pairs) {
-        if (!query.empty()) query += '&';
+        if (!query.empty())
+            query += '&';
         query += foundation::format("%@=%@", {key, queryValue(value)});
     }
     return foundation::format("https://%@/5/binaries/query?%@", {Deployment::binariesHost(), query});

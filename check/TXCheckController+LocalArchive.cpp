@@ -15,21 +15,24 @@ foundation::URL TXCheckController::localArchivePath() {
 
 bool TXCheckController::isLocalArchiveAt(const foundation::URL& url, const std::optional<std::string>& inFolderNamed) {
     const std::string archive = url.path().value_or("");
-    if (!platform::current().fileQueries->fileExists(archive)) return false;
+    if (!platform::current().fileQueries->fileExists(archive))
+        return false;
     return inFolderNamed == path::lastPathComponent(path::deletingLastPathComponent(archive));
 }
 
 bool TXCheckController::checkIfLocalArchiveExists() {
     const auto version = TXInstallerConfig::bundleVersion();
     const foundation::URL archive = localArchivePath();
-    if (!isLocalArchiveAt(archive, version)) return false;
+    if (!isLocalArchiveAt(archive, version))
+        return false;
     _downloadURL = archive;
     _downloadVersion = version;
     return true;
 }
 
 std::optional<std::string> TXCheckController::guessVersionFromURL(const std::optional<foundation::URL>& url) {
-    if (!url) return std::nullopt;
+    if (!url)
+        return std::nullopt;
     const auto components = path::pathComponents(url->path().value_or(""));
     const auto found = std::find_if(components.rbegin(), components.rend(), [](const std::string& component) {
         return component.find_first_not_of("0123456789.") == std::string::npos;

@@ -15,7 +15,8 @@ constexpr const char* silentServiceDomain = "TXBinariesServiceErrorDomain";
 
 // The text member of an object, or nothing where either is missing or of another kind.
 std::optional<std::string> textMember(const Value* object, const std::string& key) {
-    if (object == nullptr || object->dictionary() == nullptr) return std::nullopt;
+    if (object == nullptr || object->dictionary() == nullptr)
+        return std::nullopt;
     const Value* text = member(*object->dictionary(), key);
     return text != nullptr && text->string() != nullptr ? std::optional(*text->string()) : std::nullopt;
 }
@@ -26,7 +27,8 @@ TXCheckController::TXCheckController(std::shared_ptr<TXCheckControllerDelegate> 
     : delegate(std::move(withDelegate)) {}
 
 void TXCheckController::startCheckAtURL(const std::optional<foundation::URL>& url) {
-    if (_checkInProgress) return;
+    if (_checkInProgress)
+        return;
     feedURL = url;
     delegate->checkWillStart();
     // Deliberate: the flag is set by the background step, so two starts in quick succession both run.
@@ -36,15 +38,20 @@ void TXCheckController::startCheckAtURL(const std::optional<foundation::URL>& ur
 // Deliberate: a check that has begun runs to its end and delivers its result.
 void TXCheckController::abortChecking() {}
 
-bool TXCheckController::checkInProgress() const { return _checkInProgress; }
+bool TXCheckController::checkInProgress() const {
+    return _checkInProgress;
+}
 
 void TXCheckController::startCheck(const std::optional<foundation::URL>& url) {
     _checkInProgress = true;
-    if (checkIfLocalArchiveExists()) return scheduleCheckFinished();
+    if (checkIfLocalArchiveExists())
+        return scheduleCheckFinished();
     const auto data = url ? platform::current().transfers->dataWithContentsOfURL(*url) : std::nullopt;
-    if (!data || data->empty()) return scheduleCheckFailed(std::nullopt);
+    if (!data || data->empty())
+        return scheduleCheckFailed(std::nullopt);
     auto answer = foundation::parseJSON(*data);
-    if (auto* error = std::get_if<Error>(&answer)) return scheduleCheckFailed(std::move(*error));
+    if (auto* error = std::get_if<Error>(&answer))
+        return scheduleCheckFailed(std::move(*error));
     readAnswer(std::get<Value>(answer));
 }
 
@@ -57,13 +64,15 @@ void TXCheckController::readAnswer(const Value& answer) {
     const Value* code = member(*object, "code");
     const std::int64_t number = code == nullptr ? 0 : code->integerValue();
     if (number != successCode) {
-        return scheduleCheckFailed(Error{textMember(&answer, "message").value_or(silentServiceDomain), number, *object});
+        return scheduleCheckFailed(
+            Error{textMember(&answer, "message").value_or(silentServiceDomain), number, *object});
     }
     const Value* content = member(*object, "content");
     const auto downloadText = textMember(content, "download_url");
     _downloadURL = downloadText ? foundation::URL::withString(*downloadText) : std::nullopt;
     _downloadVersion = textMember(content, "version");
-    if (!_downloadURL || !_downloadVersion) return scheduleCheckFailed(std::nullopt);
+    if (!_downloadURL || !_downloadVersion)
+        return scheduleCheckFailed(std::nullopt);
     scheduleCheckFinished();
 }
 

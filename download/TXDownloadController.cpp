@@ -31,7 +31,8 @@ TXDownloadController::TXDownloadController(std::shared_ptr<TXDownloadControllerD
     : delegate(std::move(withDelegate)) {}
 
 void TXDownloadController::startDownloadArchiveAtURL(const foundation::URL& url) {
-    if (_downloadInProgress) return;
+    if (_downloadInProgress)
+        return;
     remoteURL = url;
     startDownload();
 }
@@ -39,7 +40,9 @@ void TXDownloadController::startDownloadArchiveAtURL(const foundation::URL& url)
 // Deliberate: a started transfer goes on and still reports its end.
 void TXDownloadController::abortDownloadArchive() {}
 
-bool TXDownloadController::downloadInProgress() const { return _downloadInProgress; }
+bool TXDownloadController::downloadInProgress() const {
+    return _downloadInProgress;
+}
 
 void TXDownloadController::startDownload() {
     _downloadInProgress = true;
@@ -58,15 +61,18 @@ void TXDownloadController::startDownload() {
 std::optional<foundation::URL> TXDownloadController::createTmpDirectoryForDownload() const {
     platform::ProcessInfo& process = *platform::current().processInfo;
     const std::string name = remoteURL->lastPathComponent();
-    if (!isPlainFileName(name)) return std::nullopt;
+    if (!isPlainFileName(name))
+        return std::nullopt;
     const std::string folder = path::appendingPathComponent(process.temporaryDirectory(),
                                                             privateFolderName(process.secondsSinceReferenceDate()));
     const std::string file = path::appendingPathComponent(folder, name);
-    const auto url = foundation::URL::withString(file);
+    auto url = foundation::URL::withString(file);
     // The later stages take the string form for the path; a path whose string form differs would lead them elsewhere.
-    if (!url || url->absoluteString() != file) return std::nullopt;
+    if (!url || url->absoluteString() != file)
+        return std::nullopt;
     // A folder that is already there and is not this user's own is left alone, and nothing is written to it.
-    if (!platform::current().fileChanges->createDirectory(folder)) return std::nullopt;
+    if (!platform::current().fileChanges->createDirectory(folder))
+        return std::nullopt;
     return url;
 }
 
@@ -79,15 +85,22 @@ void TXDownloadController::downloadDidReceiveDataOfLength(std::uint64_t length) 
     const std::int64_t expected = URLResponse.value_or(unknownLength);
     _bytesReceived += length;
     // Zero announced and more sent would be no number at all.
-    if (expected == unknownLength || expected == 0) return;
+    if (expected == unknownLength || expected == 0)
+        return;
     delegate->downloadProgress(static_cast<double>(_bytesReceived) / static_cast<double>(expected) * 100.0);
 }
 
-bool TXDownloadController::downloadShouldDecodeSourceDataOfMIMEType(const std::string& /*type*/) { return false; }
+bool TXDownloadController::downloadShouldDecodeSourceDataOfMIMEType(const std::string& /*type*/) {
+    return false;
+}
 
-void TXDownloadController::downloadDidFinish() { downloadFinished(); }
+void TXDownloadController::downloadDidFinish() {
+    downloadFinished();
+}
 
-void TXDownloadController::downloadDidFailWithError(const foundation::Error& error) { downloadFailed(error); }
+void TXDownloadController::downloadDidFailWithError(const foundation::Error& error) {
+    downloadFailed(error);
+}
 
 void TXDownloadController::downloadFinished() {
     _downloadInProgress = false;
@@ -105,6 +118,7 @@ void TXDownloadController::downloadFailed(const std::optional<foundation::Error>
 }
 
 void TXDownloadController::removeTmpDirectoryForDownload() {
-    if (!localURL) return;
+    if (!localURL)
+        return;
     platform::current().fileChanges->removePrivateFolder(path::deletingLastPathComponent(localURL->absoluteString()));
 }

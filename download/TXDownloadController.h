@@ -7,8 +7,8 @@
 #include <memory>
 #include <optional>
 
-// Fetches the disk image into a fresh private folder of the user's temporary folder. The folder stays after success, for
-// the installation to remove, and is removed after a failure. Main thread.
+// Fetches the disk image into a fresh private folder of the user's temporary folder. The folder stays after success,
+// for the installation to remove, and is removed after a failure. Main thread.
 class TXDownloadController final : public TXDownloadStage,
                                    public platform::DownloadDelegate,
                                    public std::enable_shared_from_this<TXDownloadController> {

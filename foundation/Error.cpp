@@ -19,7 +19,8 @@ std::string Error::description() const {
     }
     std::string text =
         "Error Domain=" + visible(domain) + " Code=" + std::to_string(code) + " \"" + visible(quoted) + "\"";
-    if (userInfo.empty()) return text;
+    if (userInfo.empty())
+        return text;
     text += " UserInfo={";
     const char* separator = "";
     for (const auto& [key, value] : userInfo) {

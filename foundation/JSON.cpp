@@ -11,9 +11,14 @@ namespace {
 
 constexpr int deepestNesting = 512;
 constexpr std::int64_t readCorruptError = 3840;
+constexpr std::int64_t writeStreamError = 3851;
+
+Error cocoaError(std::int64_t code, std::string text) {
+    return {cocoaErrorDomain, code, {{debugDescriptionKey, Value(std::move(text))}}};
+}
 
 Error readError(std::string text) {
-    return {cocoaErrorDomain, readCorruptError, {{debugDescriptionKey, Value(std::move(text))}}};
+    return cocoaError(readCorruptError, std::move(text));
 }
 
 // A strict reader over UTF-8. Every operation returns false, once `message` is set, at the first fault.
@@ -23,11 +28,14 @@ public:
 
     std::variant<Value, Error> document() {
         skipBlanks();
-        if (!at('{') && !at('[')) return readError("JSON text did not start with array or object.");
+        if (!at('{') && !at('['))
+            return readError("JSON text did not start with array or object.");
         Value value;
-        if (!readValue(value, 0)) return readError(message_);
+        if (!readValue(value, 0))
+            return readError(message_);
         skipBlanks();
-        if (position_ != text_.size()) return readError("Garbage at end around character " + here() + ".");
+        if (position_ != text_.size())
+            return readError("Garbage at end around character " + here() + ".");
         return value;
     }
 
@@ -37,39 +45,50 @@ private:
     bool digitAt() const { return position_ < text_.size() && text_[position_] >= '0' && text_[position_] <= '9'; }
 
     bool take(char c) {
-        if (!at(c)) return false;
+        if (!at(c))
+            return false;
         ++position_;
         return true;
     }
 
     bool takeWord(std::string_view word) {
-        if (text_.substr(position_, word.size()) != word) return false;
+        if (text_.substr(position_, word.size()) != word)
+            return false;
         position_ += word.size();
         return true;
     }
 
     void skipBlanks() {
-        while (at(' ') || at('\t') || at('\n') || at('\r')) ++position_;
+        while (at(' ') || at('\t') || at('\n') || at('\r'))
+            ++position_;
     }
 
     bool fail(std::string_view what) {
-        if (message_.empty()) message_ = std::string(what) + " around character " + here() + ".";
+        if (message_.empty())
+            message_ = std::string(what) + " around character " + here() + ".";
         return false;
     }
 
     bool readValue(Value& value, int depth) {
-        if (depth >= deepestNesting) return fail("Too many nested arrays or dictionaries");
-        if (take('{')) return readObject(value, depth);
-        if (take('[')) return readArray(value, depth);
+        if (depth >= deepestNesting && (at('{') || at('[')))
+            return fail("Too many nested arrays or dictionaries");
+        if (take('{'))
+            return readObject(value, depth);
+        if (take('['))
+            return readArray(value, depth);
         if (take('"')) {
             std::string text;
-            if (!readString(text)) return false;
+            if (!readString(text))
+                return false;
             value = Value(std::move(text));
             return true;
         }
-        if (takeWord("true")) return value = Value(true), true;
-        if (takeWord("false")) return value = Value(false), true;
-        if (takeWord("null")) return value = Value(), true;
+        if (takeWord("true"))
+            return value = Value(true), true;
+        if (takeWord("false"))
+            return value = Value(false), true;
+        if (takeWord("null"))
+            return value = Value(), true;
         return readNumber(value);
     }
 
@@ -77,16 +96,21 @@ private:
         Value::Dictionary members;
         for (skipBlanks(); !take('}'); skipBlanks()) {
             std::string key;
-            if (!take('"')) return fail("No string key for value in object");
-            if (!readString(key)) return false;
+            if (!take('"'))
+                return fail("No string key for value in object");
+            if (!readString(key))
+                return false;
             skipBlanks();
-            if (!take(':')) return fail("No value for key in object");
+            if (!take(':'))
+                return fail("No value for key in object");
             skipBlanks();
             Value member;
-            if (!readValue(member, depth + 1)) return false;
+            if (!readValue(member, depth + 1))
+                return false;
             members.insert_or_assign(std::move(key), std::move(member));
             skipBlanks();
-            if (!take(',') && !at('}')) return fail("Badly formed object");
+            if (!take(',') && !at('}'))
+                return fail("Badly formed object");
         }
         value = Value(std::move(members));
         return true;
@@ -96,10 +120,12 @@ private:
         Value::Array elements;
         for (skipBlanks(); !take(']'); skipBlanks()) {
             Value element;
-            if (!readValue(element, depth + 1)) return false;
+            if (!readValue(element, depth + 1))
+                return false;
             elements.push_back(std::move(element));
             skipBlanks();
-            if (!take(',') && !at(']')) return fail("Badly formed array");
+            if (!take(',') && !at(']'))
+                return fail("Badly formed array");
         }
         value = Value(std::move(elements));
         return true;
@@ -108,8 +134,10 @@ private:
     bool readString(std::string& text) {
         while (position_ < text_.size()) {
             const char c = text_[position_++];
-            if (c == '"') return true;
-            if (static_cast<unsigned char>(c) < 0x20) return fail("Unescaped control character");
+            if (c == '"')
+                return true;
+            if (static_cast<unsigned char>(c) < 0x20)
+                return fail("Unescaped control character");
             if (c != '\\') {
                 text += c;
             } else if (!readEscape(text)) {
@@ -122,9 +150,11 @@ private:
     bool readEscape(std::string& text) {
         static constexpr std::string_view names = "\"\\/bfnrt";
         static constexpr std::string_view meanings = "\"\\/\b\f\n\r\t";
-        if (take('u')) return readUnicodeEscape(text);
+        if (take('u'))
+            return readUnicodeEscape(text);
         const auto index = position_ < text_.size() ? names.find(text_[position_]) : std::string_view::npos;
-        if (index == std::string_view::npos) return fail("Invalid escape sequence");
+        if (index == std::string_view::npos)
+            return fail("Invalid escape sequence");
         ++position_;
         text += meanings[index];
         return true;
@@ -132,11 +162,14 @@ private:
 
     bool readUnicodeEscape(std::string& text) {
         std::uint32_t unit = 0;
-        if (!readUnit(unit)) return false;
-        if (unit >= 0xDC00 && unit < 0xE000) return fail("Unpaired surrogate");
+        if (!readUnit(unit))
+            return false;
+        if (unit >= 0xDC00 && unit < 0xE000)
+            return fail("Unpaired surrogate");
         if (unit >= 0xD800 && unit < 0xDC00) {
             std::uint32_t low = 0;
-            if (!takeWord("\\u") || !readUnit(low) || low < 0xDC00 || low >= 0xE000) return fail("Unpaired surrogate");
+            if (!takeWord("\\u") || !readUnit(low) || low < 0xDC00 || low >= 0xE000)
+                return fail("Unpaired surrogate");
             unit = 0x10000 + ((unit - 0xD800) << 10U) + (low - 0xDC00);
         }
         appendUtf8(text, unit);
@@ -146,7 +179,8 @@ private:
     bool readUnit(std::uint32_t& unit) {
         const std::string_view digits = text_.substr(position_, 4);
         const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), unit, 16);
-        if (digits.size() != 4 || error != std::errc() || end != digits.data() + 4) return fail("Invalid escape sequence");
+        if (digits.size() != 4 || error != std::errc() || end != digits.data() + 4)
+            return fail("Invalid escape sequence");
         position_ += 4;
         return true;
     }
@@ -157,16 +191,21 @@ private:
         take('-');
         const bool leadingZero = at('0');
         const std::size_t integer = position_;
-        if (!skipDigits()) return fail("Invalid value");
-        if (leadingZero && position_ - integer > 1) return fail("Number with leading zero");
+        if (!skipDigits())
+            return fail("Invalid value");
+        if (leadingZero && position_ - integer > 1)
+            return fail("Number with leading zero");
         if (take('.')) {
             whole = false;
-            if (!skipDigits()) return fail("Number with a missing fraction");
+            if (!skipDigits())
+                return fail("Number with a missing fraction");
         }
         if (take('e') || take('E')) {
             whole = false;
-            if (!take('+')) take('-');
-            if (!skipDigits()) return fail("Number with a missing exponent");
+            if (!take('+'))
+                take('-');
+            if (!skipDigits())
+                return fail("Number with a missing exponent");
         }
         value = number(text_.substr(begin, position_ - begin), whole);
         return true;
@@ -174,16 +213,19 @@ private:
 
     bool skipDigits() {
         const std::size_t begin = position_;
-        while (digitAt()) ++position_;
+        while (digitAt())
+            ++position_;
         return position_ > begin;
     }
 
     static Value number(std::string_view digits, bool whole) {
         const char* end = digits.data() + digits.size();
         std::int64_t integer = 0;
-        if (whole && std::from_chars(digits.data(), end, integer).ec == std::errc()) return Value(integer);
+        if (whole && std::from_chars(digits.data(), end, integer).ec == std::errc())
+            return Value(integer);
         double real = 0;
-        if (std::from_chars(digits.data(), end, real).ec == std::errc()) return Value(real);
+        if (std::from_chars(digits.data(), end, real).ec == std::errc())
+            return Value(real);
         return Value(std::strtod(std::string(digits).c_str(), nullptr)); // beyond the range: infinite or zero
     }
 
@@ -214,16 +256,22 @@ void appendQuoted(std::string& json, std::string_view text) {
 } // namespace
 
 std::variant<Value, Error> parseJSON(std::string_view bytes) {
-    if (bytes.empty()) return readError("No value.");
+    if (bytes.empty())
+        return readError("No value.");
     const auto text = decodeUnicode(bytes);
-    if (!text) return readError("Unable to convert data to string.");
+    if (!text)
+        return readError("Unable to convert data to string.");
     return Reader(*text).document();
 }
 
-std::string serializeJSON(const std::map<std::string, std::string>& object) {
+std::variant<std::string, Error> serializeJSON(const std::map<std::string, std::string>& object) {
     std::string json = "{";
     for (const auto& [key, value] : object) {
-        if (json.size() > 1) json += ',';
+        if (!isValidUtf8(key) || !isValidUtf8(value)) {
+            return cocoaError(writeStreamError, "Invalid text in JSON write.");
+        }
+        if (json.size() > 1)
+            json += ',';
         appendQuoted(json, key);
         json += ':';
         appendQuoted(json, value);

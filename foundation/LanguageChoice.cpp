@@ -17,8 +17,10 @@ struct Tag {
 std::string lowered(std::string_view text) {
     std::string result(text);
     for (char& c : result) {
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-        if (c == '_') c = '-';
+        if (c >= 'A' && c <= 'Z')
+            c = static_cast<char>(c - 'A' + 'a');
+        if (c == '_')
+            c = '-';
     }
     return result;
 }
@@ -28,14 +30,16 @@ std::string canonicalLanguage(const std::string& language) {
     static constexpr std::array<std::pair<std::string_view, std::string_view>, 6> aliases{
         {{"no", "nb"}, {"nn", "nb"}, {"iw", "he"}, {"in", "id"}, {"english", "en"}, {"sh", "sr"}}};
     for (const auto& [alias, name] : aliases) {
-        if (language == alias) return std::string(name);
+        if (language == alias)
+            return std::string(name);
     }
     return language;
 }
 
 // Chinese is written in two scripts, and its regions are the usual way to name them.
 std::string scriptOfRegion(const std::string& language, const std::string& region) {
-    if (language != "zh") return {};
+    if (language != "zh")
+        return {};
     const bool traditional = region == "tw" || region == "hk" || region == "mo";
     return traditional ? "hant" : "hans";
 }
@@ -53,10 +57,13 @@ Tag parse(std::string_view name) {
     Tag tag{canonicalLanguage(parts.front()), {}};
     std::string region;
     for (std::size_t i = 1; i < parts.size(); ++i) {
-        if (parts[i].size() == 4 && tag.script.empty()) tag.script = parts[i];
-        if ((parts[i].size() == 2 || parts[i].size() == 3) && region.empty()) region = parts[i];
+        if (parts[i].size() == 4 && tag.script.empty())
+            tag.script = parts[i];
+        if ((parts[i].size() == 2 || parts[i].size() == 3) && region.empty())
+            region = parts[i];
     }
-    if (tag.script.empty()) tag.script = scriptOfRegion(tag.language, region);
+    if (tag.script.empty())
+        tag.script = scriptOfRegion(tag.language, region);
     return tag;
 }
 
@@ -64,8 +71,10 @@ Tag parse(std::string_view name) {
 std::optional<std::string> sharedTable(const std::string& preferred) {
     const std::string name = lowered(preferred);
     const std::string language = parse(preferred).language;
-    if (language == "es" && name != "es" && name != "es-es") return "es-419";
-    if (language == "pt") return name == "pt" || name == "pt-br" ? "pt-BR" : "pt-PT";
+    if (language == "es" && name != "es" && name != "es-es")
+        return "es-419";
+    if (language == "pt")
+        return name == "pt" || name == "pt-br" ? "pt-BR" : "pt-PT";
     return std::nullopt;
 }
 
@@ -82,21 +91,27 @@ std::optional<std::string> chooseLocalization(const std::vector<std::string>& av
     const auto inScript = [&](const Tag& tag) -> std::optional<std::string> {
         for (const std::string& one : available) {
             const Tag other = parse(one);
-            if (!tag.script.empty() && other.language == tag.language && other.script == tag.script) return one;
+            if (!tag.script.empty() && other.language == tag.language && other.script == tag.script)
+                return one;
         }
         return std::nullopt;
     };
     for (const std::string& language : preferred) {
         const Tag tag = parse(language);
-        if (auto exact = named(language)) return exact;
+        if (auto exact = named(language))
+            return exact;
         if (auto shared = sharedTable(language)) {
-            if (auto table = named(*shared)) return table;
+            if (auto table = named(*shared))
+                return table;
         }
-        if (auto sameScript = inScript(tag)) return sameScript;
+        if (auto sameScript = inScript(tag))
+            return sameScript;
         const bool otherScript = tag.language == "zh"; // its base language alone says nothing about the script
-        if (auto base = otherScript ? std::nullopt : named(tag.language)) return base;
+        if (auto base = otherScript ? std::nullopt : named(tag.language))
+            return base;
     }
-    if (auto development = named(developmentLanguage)) return development;
+    if (auto development = named(developmentLanguage))
+        return development;
     return named("en");
 }
 

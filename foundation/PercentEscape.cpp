@@ -5,9 +5,12 @@ namespace foundation {
 namespace {
 
 int hexValue(char digit) {
-    if (digit >= '0' && digit <= '9') return digit - '0';
-    if (digit >= 'a' && digit <= 'f') return digit - 'a' + 10;
-    if (digit >= 'A' && digit <= 'F') return digit - 'A' + 10;
+    if (digit >= '0' && digit <= '9')
+        return digit - '0';
+    if (digit >= 'a' && digit <= 'f')
+        return digit - 'a' + 10;
+    if (digit >= 'A' && digit <= 'F')
+        return digit - 'A' + 10;
     return -1;
 }
 
@@ -30,7 +33,8 @@ void appendPercentEscape(std::string& text, char byte) {
 std::optional<std::string> addingPercentEscapes(std::string_view text) {
     std::string result;
     for (const char character : text) {
-        if (static_cast<unsigned char>(character) >= 0x80) return std::nullopt;
+        if (static_cast<unsigned char>(character) >= 0x80)
+            return std::nullopt;
         if (isLegalInURL(character)) {
             result += character;
         } else {

@@ -19,9 +19,11 @@ public:
         skipBlanks();
         const bool braces = take('{');
         for (skipBlanks(); position_ < text_.size() && !at('}'); skipBlanks()) {
-            if (!readEntry(table)) return false;
+            if (!readEntry(table))
+                return false;
         }
-        if (braces && !take('}')) return false;
+        if (braces && !take('}'))
+            return false;
         skipBlanks();
         return position_ == text_.size();
     }
@@ -30,13 +32,15 @@ private:
     bool at(char c) const { return position_ < text_.size() && text_[position_] == c; }
 
     bool take(char c) {
-        if (!at(c)) return false;
+        if (!at(c))
+            return false;
         ++position_;
         return true;
     }
 
     bool takeMark(std::string_view mark) {
-        if (text_.substr(position_, mark.size()) != mark) return false;
+        if (text_.substr(position_, mark.size()) != mark)
+            return false;
         position_ += mark.size();
         return true;
     }
@@ -58,36 +62,42 @@ private:
 
     bool readEntry(Table& table) {
         std::string key;
-        if (!readWord(key)) return false;
+        if (!readWord(key))
+            return false;
         skipBlanks();
         std::string value = key;
         if (take('=')) {
             skipBlanks();
             value.clear();
-            if (!readWord(value)) return false;
+            if (!readWord(value))
+                return false;
             skipBlanks();
         }
-        if (!take(';')) return false;
+        if (!take(';'))
+            return false;
         table.insert_or_assign(std::move(key), std::move(value));
         return true;
     }
 
     bool readWord(std::string& word) {
         for (const char quote : {'"', '\''}) {
-            if (take(quote)) return readQuoted(word, quote);
+            if (take(quote))
+                return readQuoted(word, quote);
         }
         const auto plain = [](char c) {
             return std::isalnum(static_cast<unsigned char>(c)) != 0 ||
                    std::string_view("_$/:.-").find(c) != std::string_view::npos;
         };
-        while (position_ < text_.size() && plain(text_[position_])) word += text_[position_++];
+        while (position_ < text_.size() && plain(text_[position_]))
+            word += text_[position_++];
         return !word.empty();
     }
 
     bool readQuoted(std::string& word, char quote) {
         while (position_ < text_.size()) {
             const char c = text_[position_++];
-            if (c == quote) return true;
+            if (c == quote)
+                return true;
             if (c != '\\') {
                 word += c;
             } else if (!readEscape(word)) {
@@ -98,11 +108,14 @@ private:
     }
 
     bool readEscape(std::string& word) {
-        if (position_ >= text_.size()) return false;
+        if (position_ >= text_.size())
+            return false;
         const char c = text_[position_];
-        if (c >= '0' && c <= '7') return appendUtf8(word, readDigits(3, 8)), true;
+        if (c >= '0' && c <= '7')
+            return appendUtf8(word, readDigits(3, 8)), true;
         ++position_;
-        if (c == 'U') return readUnicodeEscape(word);
+        if (c == 'U')
+            return readUnicodeEscape(word);
         static constexpr std::string_view names = "abfnrtv";
         static constexpr std::string_view meanings = "\a\b\f\n\r\t\v";
         const auto index = names.find(c);
@@ -114,10 +127,12 @@ private:
         char32_t unit = readDigits(4, 16);
         if (unit >= 0xD800 && unit < 0xDC00 && takeMark("\\U")) {
             const char32_t low = readDigits(4, 16);
-            if (low < 0xDC00 || low >= 0xE000) return false;
+            if (low < 0xDC00 || low >= 0xE000)
+                return false;
             unit = 0x10000 + ((unit - 0xD800) << 10U) + (low - 0xDC00);
         }
-        if (unit >= 0xD800 && unit < 0xE000) return false;
+        if (unit >= 0xD800 && unit < 0xE000)
+            return false;
         appendUtf8(word, unit);
         return true;
     }
@@ -128,7 +143,8 @@ private:
         for (; most > 0 && position_ < text_.size(); --most, ++position_) {
             const int lower = std::tolower(static_cast<unsigned char>(text_[position_]));
             const auto digit = digits.find(static_cast<char>(lower));
-            if (digit >= base) break;
+            if (digit >= base)
+                break;
             number = number * base + static_cast<char32_t>(digit);
         }
         return number;
@@ -143,7 +159,8 @@ private:
 std::optional<std::map<std::string, std::string>> parseStringsTable(std::string_view bytes) {
     const auto text = decodeUnicode(bytes);
     Table table;
-    if (bytes.empty() || !text || !Reader(*text).readTable(table)) return std::nullopt;
+    if (bytes.empty() || !text || !Reader(*text).readTable(table))
+        return std::nullopt;
     return table;
 }
 

@@ -4,11 +4,17 @@
 
 namespace foundation {
 
-std::string textOf(const std::optional<std::string>& text) { return text.value_or(absentText); }
+std::string textOf(const std::optional<std::string>& text) {
+    return text.value_or(absentText);
+}
 
-std::string textOf(const std::optional<URL>& url) { return url ? url->absoluteString() : absentText; }
+std::string textOf(const std::optional<URL>& url) {
+    return url ? url->absoluteString() : absentText;
+}
 
-std::string textOf(const std::optional<Error>& error) { return error ? error->description() : absentText; }
+std::string textOf(const std::optional<Error>& error) {
+    return error ? error->description() : absentText;
+}
 
 std::string format(std::string_view pattern, std::initializer_list<std::string_view> arguments) {
     std::string result;
@@ -16,8 +22,10 @@ std::string format(std::string_view pattern, std::initializer_list<std::string_v
     while (!pattern.empty()) {
         const auto at = pattern.find("%@");
         result += pattern.substr(0, at);
-        if (at == std::string_view::npos) break;
-        if (argument != arguments.end()) result += *argument++;
+        if (at == std::string_view::npos)
+            break;
+        if (argument != arguments.end())
+            result += *argument++;
         pattern.remove_prefix(at + 2);
     }
     return result;
@@ -30,18 +38,26 @@ std::size_t sequenceLength(std::string_view bytes) {
     const auto byte = [&](std::size_t index) { return static_cast<unsigned char>(bytes[index]); };
     const auto continues = [&](std::size_t index) { return index < bytes.size() && (byte(index) & 0xC0U) == 0x80U; };
     const unsigned char lead = byte(0);
-    if (lead < 0x80) return 1;
-    if (lead >= 0xC2 && lead <= 0xDF) return continues(1) ? 2 : 0;
+    if (lead < 0x80)
+        return 1;
+    if (lead >= 0xC2 && lead <= 0xDF)
+        return continues(1) ? 2 : 0;
     if (lead >= 0xE0 && lead <= 0xEF) {
-        if (!continues(1) || !continues(2)) return 0;
-        if (lead == 0xE0 && byte(1) < 0xA0) return 0; // written longer than needed
-        if (lead == 0xED && byte(1) > 0x9F) return 0; // half of a surrogate pair
+        if (!continues(1) || !continues(2))
+            return 0;
+        if (lead == 0xE0 && byte(1) < 0xA0)
+            return 0; // written longer than needed
+        if (lead == 0xED && byte(1) > 0x9F)
+            return 0; // half of a surrogate pair
         return 3;
     }
     if (lead >= 0xF0 && lead <= 0xF4) {
-        if (!continues(1) || !continues(2) || !continues(3)) return 0;
-        if (lead == 0xF0 && byte(1) < 0x90) return 0;
-        if (lead == 0xF4 && byte(1) > 0x8F) return 0; // beyond U+10FFFF
+        if (!continues(1) || !continues(2) || !continues(3))
+            return 0;
+        if (lead == 0xF0 && byte(1) < 0x90)
+            return 0;
+        if (lead == 0xF4 && byte(1) > 0x8F)
+            return 0; // beyond U+10FFFF
         return 4;
     }
     return 0;
@@ -69,10 +85,14 @@ Encoding detectEncoding(std::string_view& bytes) {
         }
     }
     const auto zero = [&](std::size_t index) { return index < bytes.size() && bytes[index] == '\0'; };
-    if (bytes.size() >= 4 && zero(0) && zero(1) && zero(2)) return Encoding::Utf32BigEndian;
-    if (bytes.size() >= 4 && zero(1) && zero(2) && zero(3)) return Encoding::Utf32LittleEndian;
-    if (zero(0)) return Encoding::Utf16BigEndian;
-    if (zero(1)) return Encoding::Utf16LittleEndian;
+    if (bytes.size() >= 4 && zero(0) && zero(1) && zero(2))
+        return Encoding::Utf32BigEndian;
+    if (bytes.size() >= 4 && zero(1) && zero(2) && zero(3))
+        return Encoding::Utf32LittleEndian;
+    if (zero(0))
+        return Encoding::Utf16BigEndian;
+    if (zero(1))
+        return Encoding::Utf16LittleEndian;
     return Encoding::Utf8;
 }
 
@@ -85,20 +105,28 @@ std::uint32_t unitAt(std::string_view bytes, std::size_t at, std::size_t size, b
     return unit;
 }
 
-bool isHighSurrogate(std::uint32_t unit) { return unit >= 0xD800 && unit < 0xDC00; }
-bool isLowSurrogate(std::uint32_t unit) { return unit >= 0xDC00 && unit < 0xE000; }
+bool isHighSurrogate(std::uint32_t unit) {
+    return unit >= 0xD800 && unit < 0xDC00;
+}
+bool isLowSurrogate(std::uint32_t unit) {
+    return unit >= 0xDC00 && unit < 0xE000;
+}
 
 std::optional<std::string> decodeWide(std::string_view bytes, std::size_t unitSize, bool bigEndian) {
-    if (bytes.size() % unitSize != 0) return std::nullopt;
+    if (bytes.size() % unitSize != 0)
+        return std::nullopt;
     std::string text;
     for (std::size_t at = 0; at < bytes.size(); at += unitSize) {
         std::uint32_t codePoint = unitAt(bytes, at, unitSize, bigEndian);
-        if (isLowSurrogate(codePoint) || codePoint > 0x10FFFF) return std::nullopt;
+        if (isLowSurrogate(codePoint) || codePoint > 0x10FFFF)
+            return std::nullopt;
         if (isHighSurrogate(codePoint)) {
             at += unitSize;
-            if (unitSize != 2 || at >= bytes.size()) return std::nullopt;
+            if (unitSize != 2 || at >= bytes.size())
+                return std::nullopt;
             const std::uint32_t low = unitAt(bytes, at, unitSize, bigEndian);
-            if (!isLowSurrogate(low)) return std::nullopt;
+            if (!isLowSurrogate(low))
+                return std::nullopt;
             codePoint = 0x10000 + ((codePoint - 0xD800) << 10U) + (low - 0xDC00);
         }
         appendUtf8(text, codePoint);
@@ -112,7 +140,8 @@ std::size_t utf16Length(std::string_view utf8) {
     std::size_t length = 0;
     for (const char c : utf8) {
         const auto byte = static_cast<unsigned char>(c);
-        if ((byte & 0xC0U) != 0x80U) length += byte >= 0xF0 ? 2 : 1;
+        if ((byte & 0xC0U) != 0x80U)
+            length += byte >= 0xF0 ? 2 : 1;
     }
     return length;
 }
@@ -120,7 +149,8 @@ std::size_t utf16Length(std::string_view utf8) {
 bool isValidUtf8(std::string_view bytes) {
     while (!bytes.empty()) {
         const std::size_t length = sequenceLength(bytes);
-        if (length == 0) return false;
+        if (length == 0)
+            return false;
         bytes.remove_prefix(length);
     }
     return true;

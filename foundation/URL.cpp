@@ -10,13 +10,16 @@ namespace foundation {
 
 namespace {
 
-bool isHexDigit(char c) { return std::isxdigit(static_cast<unsigned char>(c)) != 0; }
+bool isHexDigit(char c) {
+    return std::isxdigit(static_cast<unsigned char>(c)) != 0;
+}
 
 bool isAcceptable(std::string_view text) {
     bool fragment = false;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const char c = text[i];
-        if (isLegalInURL(c) || c == '[' || c == ']') continue;
+        if (isLegalInURL(c) || c == '[' || c == ']')
+            continue;
         if (c == '#' && !fragment) {
             fragment = true;
         } else if (c == '%' && i + 2 < text.size() && isHexDigit(text[i + 1]) && isHexDigit(text[i + 2])) {
@@ -30,11 +33,14 @@ bool isAcceptable(std::string_view text) {
 
 // The length of the scheme with its colon; 0 for a URL without one.
 std::size_t schemeLength(std::string_view text) {
-    if (text.empty() || std::isalpha(static_cast<unsigned char>(text.front())) == 0) return 0;
+    if (text.empty() || std::isalpha(static_cast<unsigned char>(text.front())) == 0)
+        return 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const char c = text[i];
-        if (c == ':') return i + 1;
-        if (std::isalnum(static_cast<unsigned char>(c)) == 0 && c != '+' && c != '-' && c != '.') return 0;
+        if (c == ':')
+            return i + 1;
+        if (std::isalnum(static_cast<unsigned char>(c)) == 0 && c != '+' && c != '-' && c != '.')
+            return 0;
     }
     return 0;
 }
@@ -46,14 +52,16 @@ struct Extent {
 
 Extent authorityExtent(std::string_view text) {
     const std::size_t begin = schemeLength(text);
-    if (text.substr(begin, 2) != "//") return {begin, begin};
+    if (text.substr(begin, 2) != "//")
+        return {begin, begin};
     return {begin, std::min(text.find_first_of("/?#", begin + 2), text.size())};
 }
 
 } // namespace
 
 std::optional<URL> URL::withString(std::string_view text) {
-    if (!isAcceptable(text)) return std::nullopt;
+    if (!isAcceptable(text))
+        return std::nullopt;
     const Extent authority = authorityExtent(text);
     std::string string;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -85,33 +93,41 @@ std::string URL::scheme() const {
 }
 
 std::optional<std::string> URL::rawPath() const {
-    if (string_.empty()) return std::nullopt;
+    if (string_.empty())
+        return std::nullopt;
     const Extent authority = authorityExtent(string_);
     const std::size_t end = std::min(string_.find_first_of("?#", authority.end), string_.size());
     std::string raw = string_.substr(authority.end, end - authority.end);
     const bool opaque = schemeLength(string_) > 0 && authority.begin == authority.end && raw.substr(0, 1) != "/";
-    if (opaque) return std::nullopt;
+    if (opaque)
+        return std::nullopt;
     return raw;
 }
 
 std::optional<std::string> URL::decoded(const std::string& raw) const {
     std::string text = removingPercentEscapes(raw);
-    if (scheme() != "file" && !isValidUtf8(text)) return std::nullopt;
+    if (scheme() != "file" && !isValidUtf8(text))
+        return std::nullopt;
     return text;
 }
 
 std::optional<std::string> URL::path() const {
     auto raw = rawPath();
-    if (!raw) return std::nullopt;
-    if (raw->size() > 1 && raw->back() == '/') raw->pop_back();
+    if (!raw)
+        return std::nullopt;
+    if (raw->size() > 1 && raw->back() == '/')
+        raw->pop_back();
     return decoded(*raw);
 }
 
 std::string URL::lastPathComponent() const {
     auto raw = rawPath();
-    if (!raw || raw->empty()) return {};
-    if (*raw == "/") return "/";
-    if (raw->back() == '/') raw->pop_back();
+    if (!raw || raw->empty())
+        return {};
+    if (*raw == "/")
+        return "/";
+    if (raw->back() == '/')
+        raw->pop_back();
     const auto slash = raw->rfind('/');
     return decoded(slash == std::string::npos ? *raw : raw->substr(slash + 1)).value_or("");
 }

@@ -15,18 +15,24 @@ template <class... Handlers>
 struct Overloaded : Handlers... {
     using Handlers::operator()...;
 };
+template <class... Handlers>
+Overloaded(Handlers...) -> Overloaded<Handlers...>;
 
-bool isBlank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+bool isBlank(char c) {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
 
 std::string_view skipBlanks(std::string_view text) {
-    while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
+    while (!text.empty() && isBlank(text.front()))
+        text.remove_prefix(1);
     return text;
 }
 
 std::int64_t leadingInteger(std::string_view text) {
     text = skipBlanks(text);
     const bool negative = !text.empty() && text.front() == '-';
-    if (negative || (!text.empty() && text.front() == '+')) text.remove_prefix(1);
+    if (negative || (!text.empty() && text.front() == '+'))
+        text.remove_prefix(1);
     constexpr auto largest = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
     const std::uint64_t limit = negative ? largest + 1 : largest;
     std::uint64_t number = 0;
@@ -38,17 +44,22 @@ std::int64_t leadingInteger(std::string_view text) {
 }
 
 std::int64_t truncated(double number) {
-    if (std::isnan(number)) return 0;
+    if (std::isnan(number))
+        return 0;
     constexpr double edge = 9223372036854775808.0; // one more than the largest
-    if (number >= edge) return std::numeric_limits<std::int64_t>::max();
-    if (number <= -edge) return std::numeric_limits<std::int64_t>::min();
+    if (number >= edge)
+        return std::numeric_limits<std::int64_t>::max();
+    if (number <= -edge)
+        return std::numeric_limits<std::int64_t>::min();
     return static_cast<std::int64_t>(number);
 }
 
 bool meansYes(std::string_view text) {
     text = skipBlanks(text);
-    if (!text.empty() && (text.front() == '+' || text.front() == '-')) text.remove_prefix(1);
-    while (!text.empty() && text.front() == '0') text.remove_prefix(1);
+    if (!text.empty() && (text.front() == '+' || text.front() == '-'))
+        text.remove_prefix(1);
+    while (!text.empty() && text.front() == '0')
+        text.remove_prefix(1);
     return !text.empty() && std::string_view("YyTt123456789").find(text.front()) != std::string_view::npos;
 }
 
@@ -64,10 +75,12 @@ std::string quotedWhereNeeded(const std::string& text) {
     const auto plain = [](char c) {
         return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
     };
-    if (!text.empty() && std::all_of(text.begin(), text.end(), plain)) return text;
+    if (!text.empty() && std::all_of(text.begin(), text.end(), plain))
+        return text;
     std::string quoted = "\"";
     for (const char c : text) {
-        if (c == '"' || c == '\\') quoted += '\\';
+        if (c == '"' || c == '\\')
+            quoted += '\\';
         quoted += c;
     }
     return visible(quoted + "\"");
@@ -94,16 +107,20 @@ std::string describe(const Value::Dictionary& dictionary, std::size_t depth) {
 }
 
 std::string describe(const Value& value, std::size_t depth) {
-    if (value.array() != nullptr) return describe(*value.array(), depth);
-    if (value.dictionary() != nullptr) return describe(*value.dictionary(), depth);
-    if (value.string() != nullptr) return quotedWhereNeeded(*value.string());
+    if (value.array() != nullptr)
+        return describe(*value.array(), depth);
+    if (value.dictionary() != nullptr)
+        return describe(*value.dictionary(), depth);
+    if (value.string() != nullptr)
+        return quotedWhereNeeded(*value.string());
     return value.description();
 }
 
 } // namespace
 
 std::int64_t Value::integerValue() const {
-    return std::visit(Overloaded{[](bool flag) { return std::int64_t{flag}; }, [](std::int64_t number) { return number; },
+    return std::visit(Overloaded{[](bool flag) { return std::int64_t{flag}; },
+                                 [](std::int64_t number) { return number; },
                                  [](double number) { return truncated(number); },
                                  [](const std::string& text) { return leadingInteger(text); },
                                  [](const auto&) { return std::int64_t{0}; }},

@@ -26,7 +26,8 @@ struct PrivilegedCommand {
 };
 
 bool fail(ErrorOut error, std::int64_t code, std::string description) {
-    if (error != nullptr) *error = Error::withDescription(errorDomain, code, std::move(description));
+    if (error != nullptr)
+        *error = Error::withDescription(errorDomain, code, std::move(description));
     return false;
 }
 
@@ -43,8 +44,10 @@ std::shared_ptr<platform::AuthorizationRef> createAuthorization() {
 // The owner that the new item gets: the old one's, and without an old one this user's own.
 std::string ownerText(const std::string& destination, const std::string& source) {
     auto owner = platform::current().fileQueries->ownerOfItem(destination);
-    if (!owner) owner = platform::current().fileQueries->ownerOfItem(source);
-    if (!owner) owner = platform::FileOwner{};
+    if (!owner)
+        owner = platform::current().fileQueries->ownerOfItem(source);
+    if (!owner)
+        owner = platform::FileOwner{};
     return format("%@:%@", {std::to_string(static_cast<std::int32_t>(owner->userId)),
                             std::to_string(static_cast<std::int32_t>(owner->groupId))});
 }
@@ -53,7 +56,8 @@ bool replaceWithPrivileges(const std::string& source, const std::string& destina
                            const std::vector<PrivilegedCommand>& commands, ErrorOut error) {
     const std::string owner = ownerText(destination, source);
     const auto authorization = createAuthorization();
-    if (!authorization) return fail(error, authenticationError, "Couldn't get permission to authenticate.");
+    if (!authorization)
+        return fail(error, authenticationError, "Couldn't get permission to authenticate.");
     const auto run = [&](const PrivilegedCommand& command) {
         return AuthorizationExecuteWithPrivilegesAndWait(*authorization, command.tool, command.arguments);
     };
@@ -62,7 +66,8 @@ bool replaceWithPrivileges(const std::string& source, const std::string& destina
         releaseFromQuarantine(destination);
         succeeded = run({"/usr/sbin/chown", {"-R", owner, destination}});
     }
-    if (succeeded) return true;
+    if (succeeded)
+        return true;
     return fail(error, authenticationError,
                 format("Authenticated file copy from %@ to %@ failed.", {source, destination}));
 }
@@ -80,7 +85,8 @@ bool failToRemoveOld(const std::string& destination, const std::string& temporar
                    {destination, place}));
     };
     complain("1");
-    if (!destroy(temporaryPath)) complain("2");
+    if (!destroy(temporaryPath))
+        complain("2");
     return fail(error, copyError, format("Couldn't move %@ to the trash.", {destination}));
 }
 
@@ -88,8 +94,8 @@ bool failToRemoveOld(const std::string& destination, const std::string& temporar
 
 bool copyPathWithForcedAuthenticationWithoutTmpFile(const std::string& source, const std::string& toPath,
                                                     ErrorOut error) {
-    return replaceWithPrivileges(source, toPath,
-                                 {{"/bin/rm", {"-rf", toPath}}, {"/bin/mv", {"-f", source, toPath}}}, error);
+    return replaceWithPrivileges(source, toPath, {{"/bin/rm", {"-rf", toPath}}, {"/bin/mv", {"-f", source, toPath}}},
+                                 error);
 }
 
 bool _copyPathWithForcedAuthentication(const std::string& source, const std::string& toPath, ErrorOut error) {
@@ -122,7 +128,8 @@ bool copyPathWithAuthentication(const std::string& source, const std::string& ov
         return fail(error, copyError,
                     format("Couldn't copy %@ to %@. Error: %@", {source, temporaryPath, textOf(reason)}));
     }
-    if (!destroy(overPath)) return failToRemoveOld(overPath, temporaryPath, error);
+    if (!destroy(overPath))
+        return failToRemoveOld(overPath, temporaryPath, error);
     if (!changes.moveItem(temporaryPath, overPath, &reason)) {
         return fail(error, copyError,
                     format("Couldn't move %@ to %@. Error: %@", {temporaryPath, overPath, textOf(reason)}));

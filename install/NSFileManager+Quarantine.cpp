@@ -24,7 +24,8 @@ int removeXAttr(const char* name, const std::string& fromFile, int options) {
 void releaseFromQuarantine(const std::string& path) {
     removeXAttr(quarantineName, path, platform::xattrNoFollow);
     const auto attributes = platform::current().fileQueries->attributesOfItem(path);
-    if (!attributes || attributes->type != platform::FileType::Directory) return;
+    if (!attributes || attributes->type != platform::FileType::Directory)
+        return;
     for (const std::string& entry : platform::current().fileQueries->entriesBelow(path)) {
         removeXAttr(quarantineName, foundation::path::appendingPathComponent(path, entry), platform::xattrNoFollow);
     }

@@ -29,19 +29,25 @@ bool belongsToVersion(std::string_view character) {
     return !latinSymbol && !punctuation && !ideographicSpace;
 }
 
-bool continuesCharacter(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; }
+bool continuesCharacter(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
+}
 
 std::string trimmedVersion(std::string_view version) {
     while (!version.empty()) {
         std::size_t length = 1;
-        while (length < version.size() && continuesCharacter(version[length])) ++length;
-        if (belongsToVersion(version.substr(0, length))) break;
+        while (length < version.size() && continuesCharacter(version[length]))
+            ++length;
+        if (belongsToVersion(version.substr(0, length)))
+            break;
         version.remove_prefix(length);
     }
     while (!version.empty()) {
         std::size_t start = version.size() - 1;
-        while (start > 0 && continuesCharacter(version[start])) --start;
-        if (belongsToVersion(version.substr(start))) break;
+        while (start > 0 && continuesCharacter(version[start]))
+            --start;
+        if (belongsToVersion(version.substr(start)))
+            break;
         version.remove_suffix(version.size() - start);
     }
     return std::string(version);
@@ -49,7 +55,8 @@ std::string trimmedVersion(std::string_view version) {
 
 std::string versionOf(const std::string& bundlePath) {
     const auto information = platform::current().bundles->bundleInformation(bundlePath);
-    if (!information) return "old";
+    if (!information)
+        return "old";
     const auto* version = member(*information, "CFBundleVersion");
     return version == nullptr ? foundation::absentText : trimmedVersion(version->description());
 }
@@ -61,7 +68,7 @@ std::string _temporaryCopyNameForPath(const std::string& bundlePath) {
     const std::string extension = path::pathExtension(bundlePath);
     std::string candidate = path::appendingPathExtension(stem, extension);
     for (int counter = 2; counter <= lastCounter && platform::current().fileQueries->fileExists(candidate); ++counter) {
-        candidate = stem + " " + std::to_string(counter) + "." + extension;
+        candidate = path::appendingPathExtension(stem + " " + std::to_string(counter), extension);
     }
     return candidate;
 }
@@ -69,7 +76,8 @@ std::string _temporaryCopyNameForPath(const std::string& bundlePath) {
 std::optional<std::vector<std::string>> _temporaryFailedCopiesForPath(const std::string& bundlePath) {
     const auto names =
         platform::current().fileQueries->contentsOfDirectory(path::deletingLastPathComponent(bundlePath));
-    if (!names) return std::nullopt;
+    if (!names)
+        return std::nullopt;
     std::vector<std::string> leftovers;
     try {
         // Deliberate: the name goes in unescaped, and only digits and dots count in the parentheses, although temporary
@@ -77,7 +85,8 @@ std::optional<std::vector<std::string>> _temporaryFailedCopiesForPath(const std:
         const std::regex pattern(path::deletingPathExtension(path::lastPathComponent(bundlePath)) +
                                  R"( \([0-9\.]+\).*)");
         for (const std::string& name : *names) {
-            if (std::regex_match(name, pattern)) leftovers.push_back(name);
+            if (std::regex_match(name, pattern))
+                leftovers.push_back(name);
         }
     } catch (const std::regex_error&) {
         return std::nullopt; // a name that makes no pattern matches nothing

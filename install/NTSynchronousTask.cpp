@@ -14,8 +14,10 @@ std::optional<std::string> NTSynchronousTask::task(const std::string& path, cons
                                                    const std::vector<std::string>& withArgs,
                                                    const std::optional<std::string>& input) {
     const std::shared_ptr<NTSynchronousTask> runner(new NTSynchronousTask);
-    if (!runner->mv_inputPipe || !runner->mv_outputPipe) return std::nullopt;
-    if (!runner->run(path, directory, withArgs, input) || runner->mv_result != 0) return std::nullopt;
+    if (!runner->mv_inputPipe || !runner->mv_outputPipe)
+        return std::nullopt;
+    if (!runner->run(path, directory, withArgs, input) || runner->mv_result != 0)
+        return std::nullopt;
     return std::move(runner->mv_output);
 }
 
@@ -25,9 +27,11 @@ bool NTSynchronousTask::run(const std::string& path, const std::optional<std::st
     mv_task.path = path;
     mv_task.arguments = withArgs;
     const auto loop = platform::current().threads->makeRunLoop();
-    if (!launch(loop)) return true;
+    if (!launch(loop))
+        return true;
     if (input) {
-        if (!mv_inputPipe->write(*input)) return false;
+        if (!mv_inputPipe->write(*input))
+            return false;
         mv_inputPipe->closeWriting();
     }
     waitForOutput(*loop);
@@ -39,16 +43,19 @@ bool NTSynchronousTask::launch(const std::shared_ptr<platform::RunLoop>& loop) {
     // Notices that come after this call has ended find nobody.
     const std::weak_ptr<NTSynchronousTask> weak = weak_from_this();
     mv_outputPipe->readToEndInBackground(loop, [weak](std::string output) {
-        if (const auto self = weak.lock()) self->taskOutputAvailable(std::move(output));
+        if (const auto self = weak.lock())
+            self->taskOutputAvailable(std::move(output));
     });
     return platform::current().tasks->launch(mv_task, loop, [weak](int status) {
-        if (const auto self = weak.lock()) self->taskDidTerminate(status);
+        if (const auto self = weak.lock())
+            self->taskDidTerminate(status);
     });
 }
 
 // Deliberate: the end of the output ends the wait, not the end of the tool, and nothing limits it as a whole.
 void NTSynchronousTask::waitForOutput(platform::RunLoop& loop) const {
-    while (!mv_done) loop.runOnce(1s);
+    while (!mv_done)
+        loop.runOnce(1s);
 }
 
 // A tool that fails closes its output some microseconds before its status can be known. Without this short wait nine
@@ -60,7 +67,8 @@ void NTSynchronousTask::waitForEndingTool(platform::RunLoop& loop) const {
     while (!mv_terminated) {
         const auto left =
             std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-        if (left <= 0ms || !loop.runOnce(left)) return;
+        if (left <= 0ms || !loop.runOnce(left))
+            return;
     }
 }
 

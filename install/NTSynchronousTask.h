@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-// Runs one external tool to completion and hands back what it wrote to its standard output. For worker threads: it blocks
-// for as long as the tool keeps its standard output open.
+// Runs one external tool to completion and hands back what it wrote to its standard output. For worker threads: it
+// blocks for as long as the tool keeps its standard output open.
 class NTSynchronousTask final : public std::enable_shared_from_this<NTSynchronousTask> {
 public:
     // The whole output of the tool, empty when it wrote nothing; nothing at all when the tool could not be started, did

@@ -17,9 +17,13 @@ bool TXDiskImageUnarchiver::load() {
 
 TXDiskImageUnarchiver::TXDiskImageUnarchiver(std::string path) : TXUnarchiver(std::move(path)) {}
 
-bool TXDiskImageUnarchiver::_canUnarchivePath(const std::string& path) { return path::pathExtension(path) == "dmg"; }
+bool TXDiskImageUnarchiver::_canUnarchivePath(const std::string& path) {
+    return path::pathExtension(path) == "dmg";
+}
 
-std::string TXDiskImageUnarchiver::className() const { return "TXDiskImageUnarchiver"; }
+std::string TXDiskImageUnarchiver::className() const {
+    return "TXDiskImageUnarchiver";
+}
 
 void TXDiskImageUnarchiver::start() {
     platform::performInBackground(std::static_pointer_cast<TXDiskImageUnarchiver>(shared_from_this()),
@@ -30,17 +34,20 @@ void TXDiskImageUnarchiver::_extractDMG() {
     platform::Platform& system = platform::current();
     const std::string mountPoint = path::appendingPathComponent(system.processInfo->temporaryDirectory(),
                                                                 system.processInfo->globallyUniqueString());
-    if (system.fileQueries->attributesOfItem(mountPoint)) return giveUp(mountPoint);
+    if (system.fileQueries->attributesOfItem(mountPoint))
+        return giveUp(mountPoint);
     system.fileChanges->createDirectory(mountPoint);
-    if (!system.fileQueries->fileExists(mountPoint)) return giveUp(mountPoint);
-    if (!attach(mountPoint)) return giveUp(mountPoint);
+    if (!system.fileQueries->fileExists(mountPoint))
+        return giveUp(mountPoint);
+    if (!attach(mountPoint))
+        return giveUp(mountPoint);
     copyVolume(mountPoint);
     detach(mountPoint);
 }
 
 void TXDiskImageUnarchiver::giveUp(const std::string& mountPoint) {
     postFailure();
-    platform::current().fileChanges->removePrivateFolder(mountPoint);
+    platform::current().fileChanges->removeItem(mountPoint);
 }
 
 bool TXDiskImageUnarchiver::attach(const std::string& mountPoint) {
@@ -52,11 +59,14 @@ bool TXDiskImageUnarchiver::attach(const std::string& mountPoint) {
 }
 
 void TXDiskImageUnarchiver::copyVolume(const std::string& mountPoint) {
-    const std::string extractionFolder = path::appendingPathComponent(path::deletingLastPathComponent(archivePath),
-                                                                      path::lastPathComponent(mountPoint));
-    if (!platform::current().fileChanges->createDirectory(extractionFolder)) return postFailure();
-    if (!copyEntries(mountPoint, extractionFolder)) return;
-    if (delegate) delegate->unarchiverDidCopyContentAtPath(extractionFolder);
+    const std::string extractionFolder =
+        path::appendingPathComponent(path::deletingLastPathComponent(archivePath), path::lastPathComponent(mountPoint));
+    if (!platform::current().fileChanges->createDirectory(extractionFolder))
+        return postFailure();
+    if (!copyEntries(mountPoint, extractionFolder))
+        return;
+    if (delegate)
+        delegate->unarchiverDidCopyContentAtPath(extractionFolder);
     platform::performOnMain(shared_from_this(), [](TXUnarchiver& self) {
         static_cast<TXDiskImageUnarchiver&>(self)._notifyDelegateOfSuccess();
     });
@@ -69,7 +79,8 @@ bool TXDiskImageUnarchiver::copyEntries(const std::string& mountPoint, const std
     for (const std::string& name :
          system.fileQueries->contentsOfDirectory(mountPoint).value_or(std::vector<std::string>())) {
         const std::string entry = path::appendingPathComponent(mountPoint, name);
-        if (!system.fileQueries->isReadableFile(entry)) continue;
+        if (!system.fileQueries->isReadableFile(entry))
+            continue;
         if (!system.fileChanges->copyItem(entry, path::appendingPathComponent(extractionFolder, name))) {
             // Deliberate: one failure notice for each entry that fails.
             postFailure();

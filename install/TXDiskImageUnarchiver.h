@@ -2,8 +2,8 @@
 
 #include "install/TXUnarchiver.h"
 
-// Unarchives disk images: attaches the image at a private mount point, copies the volume's top-level entries into a fresh
-// folder beside the image, and detaches. It registers itself while the program is loaded.
+// Unarchives disk images: attaches the image at a private mount point, copies the volume's top-level entries into a
+// fresh folder beside the image, and detaches. It registers itself while the program is loaded.
 class TXDiskImageUnarchiver final : public TXUnarchiver {
 public:
     explicit TXDiskImageUnarchiver(std::string path);

@@ -32,7 +32,8 @@ TXInstallController::TXInstallController(std::shared_ptr<TXInstallControllerDele
     : delegate(std::move(withDelegate)) {}
 
 void TXInstallController::startInstallArchiveAtURL(const foundation::URL& url) {
-    if (_installInProgress) return;
+    if (_installInProgress)
+        return;
     localURL = url;
     startUnarchive();
 }
@@ -40,22 +41,32 @@ void TXInstallController::startInstallArchiveAtURL(const foundation::URL& url) {
 // Deliberate: steps already running go on to their end and still call the delegate.
 void TXInstallController::abortInstallArchive() {}
 
-bool TXInstallController::installInProgress() const { return _installInProgress; }
+bool TXInstallController::installInProgress() const {
+    return _installInProgress;
+}
 
 void TXInstallController::startUnarchive() {
     _installInProgress = true;
     const auto unarchiver = TXUnarchiver::unarchiverForPath(localURL->absoluteString());
-    if (unarchiver) unarchiver->setDelegate(shared_from_this());
+    if (unarchiver)
+        unarchiver->setDelegate(shared_from_this());
     delegate->installWillStart();
     // Deliberate: an archive that no unarchiver takes leaves the installation in progress, without a further message.
-    if (unarchiver) unarchiver->start();
+    if (unarchiver)
+        unarchiver->start();
 }
 
-void TXInstallController::unarchiverDidCopyContentAtPath(const std::string& path) { extractedPath = path; }
+void TXInstallController::unarchiverDidCopyContentAtPath(const std::string& path) {
+    extractedPath = path;
+}
 
-void TXInstallController::unarchiverDidFinish(TXUnarchiver& /*unarchiver*/) { unarchiveFinished(); }
+void TXInstallController::unarchiverDidFinish(TXUnarchiver& /*unarchiver*/) {
+    unarchiveFinished();
+}
 
-void TXInstallController::unarchiverDidFail(TXUnarchiver& /*unarchiver*/) { unarchiveFailed(std::nullopt); }
+void TXInstallController::unarchiverDidFail(TXUnarchiver& /*unarchiver*/) {
+    unarchiveFailed(std::nullopt);
+}
 
 void TXInstallController::unarchiveFinished() {
     platform::performInBackground(shared_from_this(), [](TXInstallController& self) { self.startCopy(); });
@@ -64,9 +75,9 @@ void TXInstallController::unarchiveFinished() {
 void TXInstallController::startCopy() {
     platform::Platform& system = platform::current();
     if (!extractedPath || !system.fileQueries->fileExists(*extractedPath)) {
-        return schedule(&TXInstallController::copyFailed,
-                        installerError(extractionMissing, "Couldn't extract file at path: %@",
-                                       foundation::textOf(extractedPath)));
+        return schedule(
+            &TXInstallController::copyFailed,
+            installerError(extractionMissing, "Couldn't extract file at path: %@", foundation::textOf(extractedPath)));
     }
     closeRunningProduct();
     const std::string source = path::appendingPathComponent(*extractedPath, bundleName);
@@ -76,17 +87,19 @@ void TXInstallController::startCopy() {
     }
     const std::string destination = Deployment::applicationPath();
     // Deliberate: the old product goes first, so a copy that fails afterwards leaves none there.
-    if (system.fileQueries->attributesOfItem(destination)) system.fileChanges->removeItem(destination);
+    if (system.fileQueries->attributesOfItem(destination))
+        system.fileChanges->removeItem(destination);
     const bool vacant = !system.fileQueries->attributesOfItem(destination);
     std::optional<Error> error;
-    const bool copied = system.fileChanges->copyItem(source, destination) ||
-                        NSFileManager::ExtendedAttributes::copyPathWithForcedAuthenticationWithoutTmpFile(
-                            source, destination, &error);
+    const bool copied =
+        system.fileChanges->copyItem(source, destination) ||
+        NSFileManager::ExtendedAttributes::copyPathWithForcedAuthenticationWithoutTmpFile(source, destination, &error);
     if (copied) {
         return platform::performOnMain(shared_from_this(), [](TXInstallController& self) { self.copyFinished(); });
     }
     // Half a product is worse than none; an old one that could not be removed stays.
-    if (vacant) system.fileChanges->removeItem(destination);
+    if (vacant)
+        system.fileChanges->removeItem(destination);
     schedule(&TXInstallController::copyFailed, std::move(error));
 }
 
@@ -148,7 +161,6 @@ void TXInstallController::removeTmpDirectoryForDownload() {
 }
 
 void TXInstallController::schedule(Handler handler, std::optional<Error> error) {
-    platform::performOnMain(shared_from_this(), [handler, error = std::move(error)](TXInstallController& self) {
-        (self.*handler)(error);
-    });
+    platform::performOnMain(shared_from_this(),
+                            [handler, error = std::move(error)](TXInstallController& self) { (self.*handler)(error); });
 }

@@ -20,8 +20,8 @@ public:
     virtual void unarchiverDidFail(TXUnarchiver& /*unarchiver*/) {}
 };
 
-// Turns an archive into a plain folder of files beside it. The registry of kinds is written while the program is loaded,
-// before any thread exists, and read afterwards.
+// Turns an archive into a plain folder of files beside it. The registry of kinds is written while the program is
+// loaded, before any thread exists, and read afterwards.
 class TXUnarchiver : public std::enable_shared_from_this<TXUnarchiver> {
 public:
     // One kind of archive: whether it takes a path, and how an unarchiver for it is made.

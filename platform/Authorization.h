@@ -28,8 +28,9 @@ public:
     // Makes an authorization without asking anybody. Any other status than success fills nothing.
     virtual std::int32_t create(std::shared_ptr<AuthorizationRef>& authorization) = 0;
 
-    // Starts the tool as administrator, as a child of the calling thread, and returns without waiting for it. The person
-    // may be asked for a password. The path is absolute; no shell is involved. False when it could not be started.
+    // Starts the tool as administrator, as a child of the calling thread, and returns without waiting for it. The
+    // person may be asked for a password. The path is absolute; no shell is involved. False when it could not be
+    // started.
     virtual bool executeWithPrivileges(AuthorizationRef& authorization, const std::string& tool,
                                        const std::vector<std::string>& arguments) = 0;
 

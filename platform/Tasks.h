@@ -49,8 +49,8 @@ public:
                         std::function<void(int status)> didTerminate) = 0;
 
     // Starts a program that nobody waits for, in a session of its own and never as a direct child: the step that runs a
-    // tool with administrator rights takes whichever child ends first. Its streams lead nowhere. False when it cannot be
-    // started.
+    // tool with administrator rights takes whichever child ends first. Its streams lead nowhere. False when it cannot
+    // be started.
     virtual bool launchDetached(const TaskDescription& task) = 0;
 };
 

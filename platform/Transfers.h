@@ -53,8 +53,8 @@ struct PostRequest {
     std::string body;
 };
 
-// Web transfers: http, https and file sources; certificates are always checked; at most 20 redirects, none from https to
-// http; a transfer fails after 60 s without a connection or without a byte.
+// Web transfers: http, https and file sources; certificates are always checked; at most 20 redirects, none from https
+// to http; a transfer fails after 60 s without a connection or without a byte.
 class Transfers {
 public:
     virtual ~Transfers() = default;
@@ -63,7 +63,8 @@ public:
     // fails or the body is larger than any honest answer.
     virtual std::optional<std::string> dataWithContentsOfURL(const foundation::URL& url) = 0;
 
-    // Starts a download to a file; an HTTP status of 400 or more is a failure. Null when it cannot be made. Main thread.
+    // Starts a download to a file; an HTTP status of 400 or more is a failure. Null when it cannot be made. Main
+    // thread.
     virtual std::shared_ptr<Download> startDownload(const foundation::URL& url,
                                                     std::shared_ptr<DownloadDelegate> delegate) = 0;
 

@@ -13,20 +13,36 @@ std::optional<std::string> informationText(platform::Bundles& bundles, const std
     return value ? std::optional(value->description()) : std::nullopt;
 }
 
-std::string binariesHost() { return informationText("TXBinariesHost").value_or(""); }
+std::string binariesHost() {
+    return informationText("TXBinariesHost").value_or("");
+}
 
-std::string installerLogHost() { return informationText("TXInstallerLogHost").value_or(""); }
+std::string installerLogHost() {
+    return informationText("TXInstallerLogHost").value_or("");
+}
 
-std::string supportHost() { return informationText("TXSupportHost").value_or(""); }
+std::string supportHost() {
+    return informationText("TXSupportHost").value_or("");
+}
 
-std::string storeHost() { return informationText("TXStoreHost").value_or(""); }
+std::string storeHost() {
+    return informationText("TXStoreHost").value_or("");
+}
 
-std::string storeIdentifier() { return informationText("TXStoreIdentifier").value_or(""); }
+std::string storeIdentifier() {
+    return informationText("TXStoreIdentifier").value_or("");
+}
 
-std::string productBundleIdentifier() { return informationText("TXProductBundleIdentifier").value_or(""); }
+std::string productBundleIdentifier() {
+    return informationText("TXProductBundleIdentifier").value_or("");
+}
 
-std::optional<std::string> agentPreferencesDomain() { return informationText("TXAgentPreferencesDomain"); }
+std::optional<std::string> agentPreferencesDomain() {
+    return informationText("TXAgentPreferencesDomain");
+}
 
-std::string applicationPath() { return platform::current().processInfo->systemPath("/Applications/Tolvix.app"); }
+std::string applicationPath() {
+    return platform::current().processInfo->systemPath("/Applications/Tolvix.app");
+}
 
 } // namespace Deployment

@@ -9,7 +9,8 @@
 // keys give an empty text, except where absence means something. Any thread.
 namespace Deployment {
 
-// A value of the main bundle's information dictionary as text; of the current platform's bundles unless others are given.
+// A value of the main bundle's information dictionary as text; of the current platform's bundles unless others are
+// given.
 std::optional<std::string> informationText(const std::string& key);
 std::optional<std::string> informationText(platform::Bundles& bundles, const std::string& key);
 

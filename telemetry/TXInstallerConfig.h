@@ -3,8 +3,8 @@
 #include <optional>
 #include <string>
 
-// Process-wide attribution and version settings. The fields are set once at launch, on the main thread, before any other
-// thread exists, and only read afterwards.
+// Process-wide attribution and version settings. The fields are set once at launch, on the main thread, before any
+// other thread exists, and only read afterwards.
 class TXInstallerConfig {
 public:
     TXInstallerConfig() = delete;

@@ -14,9 +14,19 @@ std::shared_ptr<TXInstallerLogController>& sharedInstance() {
     return instance;
 }
 
+std::string contentText(const TXInstallerLogController::Precisions& content) {
+    const auto json = foundation::serializeJSON(content);
+    if (const auto* text = std::get_if<std::string>(&json))
+        return *text;
+    platform::current().console->log(foundation::format("JSON serialization failed with error: %@",
+                                                        {std::get<foundation::Error>(json).description()}));
+    return "{}";
+}
+
 std::string descriptionOf(const std::map<std::string, std::string>& arguments) {
     foundation::Value::Dictionary dictionary;
-    for (const auto& [key, value] : arguments) dictionary.emplace(key, foundation::Value(value));
+    for (const auto& [key, value] : arguments)
+        dictionary.emplace(key, foundation::Value(value));
     return foundation::Value(std::move(dictionary)).description();
 }
 
@@ -60,7 +70,8 @@ void TXInstallerLogController::setup() {
     sharedArguments.clear();
     for (const auto& [key, value] : installationArguments()) {
         // Deliberate: the list ends at its first missing value. A locale without a country sends the first four alone.
-        if (!value) break;
+        if (!value)
+            break;
         sharedArguments[key] = *value;
     }
     sharedPrecisions.clear();
@@ -68,12 +79,14 @@ void TXInstallerLogController::setup() {
                            {"partnerId", TXInstallerConfig::partnerID()},
                            {"campaignId", TXInstallerConfig::campaignID()}};
     for (const auto& [key, value] : precisions) {
-        if (value) sharedPrecisions[key] = *value;
+        if (value)
+            sharedPrecisions[key] = *value;
     }
 }
 
 void TXInstallerLogController::setVersion(const std::optional<std::string>& version) {
-    if (version) sharedArguments["version"] = *version;
+    if (version)
+        sharedArguments["version"] = *version;
 }
 
 std::optional<foundation::URL> TXInstallerLogController::installerLogURL() {
@@ -82,7 +95,9 @@ std::optional<foundation::URL> TXInstallerLogController::installerLogURL() {
     return url;
 }
 
-bool TXInstallerLogController::showLogs() { return TXInstallerTools::showLogs(); }
+bool TXInstallerLogController::showLogs() {
+    return TXInstallerTools::showLogs();
+}
 
 void TXInstallerLogController::installerLogToServerWithCode(const std::string& code) {
     installerLogToServerWithCode(code, std::nullopt, true);
@@ -95,9 +110,10 @@ void TXInstallerLogController::installerLogToServerWithCode(const std::string& c
     delegate->installerLogRequestWillStart();
     auto arguments = sharedArguments;
     auto content = sharedPrecisions;
-    for (const auto& [key, value] : precisions.value_or(Precisions())) content[key] = value;
+    for (const auto& [key, value] : precisions.value_or(Precisions()))
+        content[key] = value;
     arguments["step"] = code;
-    arguments["content"] = foundation::serializeJSON(content);
+    arguments["content"] = contentText(content);
     if (showLogs()) {
         platform::current().console->log(
             foundation::format("[INSTALLER_LOG] %@\n%@\n", {code, descriptionOf(arguments)}));

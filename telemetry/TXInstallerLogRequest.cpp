@@ -9,7 +9,8 @@ TXInstallerLogRequest::TXInstallerLogRequest(std::shared_ptr<TXInstallerLogReque
 void TXInstallerLogRequest::sendRequest(const foundation::URL& url, const std::optional<Arguments>& withArguments) {
     std::string body;
     for (const auto& [key, value] : withArguments.value_or(Arguments())) {
-        if (!body.empty()) body += '&';
+        if (!body.empty())
+            body += '&';
         // Deliberate: keys and values go out raw. The service reads them so, and the content is JSON text.
         body += key;
         body += '=';
@@ -25,11 +26,17 @@ void TXInstallerLogRequest::sendRequest(const foundation::URL& url, const std::s
         {url, "content-type", "application/x-www-form-urlencoded", withBody.substr(0, length)}, shared_from_this());
 }
 
-void TXInstallerLogRequest::connectionDidReceiveResponse() { httpResponse.clear(); }
+void TXInstallerLogRequest::connectionDidReceiveResponse() {
+    httpResponse.clear();
+}
 
-void TXInstallerLogRequest::connectionDidReceiveData(std::string_view data) { httpResponse += data; }
+void TXInstallerLogRequest::connectionDidReceiveData(std::string_view data) {
+    httpResponse += data;
+}
 
-void TXInstallerLogRequest::connectionDidFinishLoading() { delegate->requestDidFinish(*this); }
+void TXInstallerLogRequest::connectionDidFinishLoading() {
+    delegate->requestDidFinish(*this);
+}
 
 void TXInstallerLogRequest::connectionDidFailWithError(const foundation::Error& error) {
     platform::current().console->log(foundation::format("Request did fail with error: %@", {error.description()}));

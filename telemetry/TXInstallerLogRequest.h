@@ -17,7 +17,8 @@ public:
     virtual void requestDidFinish(const TXInstallerLogRequest& request) = 0;
 };
 
-// Posts one event to the log service. Used for one exchange only; the exchange keeps it alive until its end. Main thread.
+// Posts one event to the log service. Used for one exchange only; the exchange keeps it alive until its end. Main
+// thread.
 class TXInstallerLogRequest final : public platform::ConnectionDelegate,
                                     public std::enable_shared_from_this<TXInstallerLogRequest> {
 public:

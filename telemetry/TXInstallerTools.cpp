@@ -18,7 +18,8 @@ std::optional<foundation::Value> TXInstallerTools::objectForUserDefaultsKey(cons
 
 void TXInstallerTools::setObject(const std::optional<foundation::Value>& value, const std::string& forUserDefaultsKey) {
     const auto domain = Deployment::agentPreferencesDomain();
-    if (!domain) return;
+    if (!domain)
+        return;
     platform::current().preferences->setValue(value, forUserDefaultsKey, *domain);
     platform::current().preferences->synchronize(*domain);
 }
@@ -32,10 +33,13 @@ void TXInstallerTools::setBool(bool flag, const std::string& forUserDefaultsKey)
     setObject(foundation::Value(flag), forUserDefaultsKey);
 }
 
-bool TXInstallerTools::showLogs() { return boolForUserDefaultsKey(showLogsKey); }
+bool TXInstallerTools::showLogs() {
+    return boolForUserDefaultsKey(showLogsKey);
+}
 
 std::string TXInstallerTools::installerId() {
-    if (const auto stored = objectForUserDefaultsKey(installerIdKey)) return stored->description();
+    if (const auto stored = objectForUserDefaultsKey(installerIdKey))
+        return stored->description();
     std::string identifier = platform::current().processInfo->makeUUID();
     setObject(foundation::Value(identifier), installerIdKey);
     return identifier;
@@ -48,7 +52,8 @@ std::string TXInstallerTools::systemVersionString() {
 }
 
 bool TXInstallerTools::isInstalledMASTolvixAgent() {
-    const auto container = foundation::path::expandingTilde(
-        "~/Library/Containers/" + Deployment::productBundleIdentifier(), platform::current().processInfo->homeDirectory());
+    const auto container =
+        foundation::path::expandingTilde("~/Library/Containers/" + Deployment::productBundleIdentifier(),
+                                         platform::current().processInfo->homeDirectory());
     return platform::current().fileQueries->fileExists(container);
 }

@@ -39,6 +39,8 @@ class Trial:
         self.application = self.root / "Applications" / "Tolvix.app"
         self.application.parent.mkdir(parents=True)
         self.home.mkdir()
+        self.runtime = self.folder / "runtime"
+        self.runtime.mkdir(mode=0o700)
         self.temporary = self._make_temporary_folder()
         shutil.copytree(bundle, self.installer, symlinks=True)
         self.set_information(TXPlatformRoot=str(self.root))
@@ -82,6 +84,7 @@ class Trial:
         environment = {name: value for name, value in os.environ.items()
                        if name not in _FOREIGN_VARIABLES and name.lower() not in _FOREIGN_VARIABLES}
         values = {"HOME": str(self.home), "XDG_CONFIG_HOME": str(self.home / ".config"),
+                  "XDG_RUNTIME_DIR": os.environ.get("XDG_RUNTIME_DIR", str(self.runtime)),
                   "TMPDIR": str(self.temporary), "LC_ALL": "en_US.UTF-8",
                   "SSL_CERT_FILE": getattr(self, "_certificate", None), **changes}
         environment.update({name: value for name, value in values.items() if value is not None})

@@ -4,7 +4,9 @@
 
 TXInstallWindowController::TXInstallWindowController(platform::Window& withWindow) : _window(withWindow) {}
 
-void TXInstallWindowController::awakeFromNib() { _window.setTitle(TXLocalizedString("MAC_LAUNCHER_WINDOW_TITLE")); }
+void TXInstallWindowController::awakeFromNib() {
+    _window.setTitle(TXLocalizedString("MAC_LAUNCHER_WINDOW_TITLE"));
+}
 
 void TXInstallWindowController::windowDidLoad() {
     progressIndicator->setIndeterminate(true);
@@ -26,10 +28,14 @@ void TXInstallWindowController::downloadWillStart() {
     textIndicator->setStringValue(TXLocalizedString("MAC_LAUNCHER_DOWNLOADING"));
 }
 
-void TXInstallWindowController::downloadProgress(double progress) { progressIndicator->setDoubleValue(progress); }
+void TXInstallWindowController::downloadProgress(double progress) {
+    progressIndicator->setDoubleValue(progress);
+}
 
 // The animation was never stopped, so it runs again.
-void TXInstallWindowController::downloadDidEnd() { progressIndicator->setIndeterminate(true); }
+void TXInstallWindowController::downloadDidEnd() {
+    progressIndicator->setIndeterminate(true);
+}
 
 void TXInstallWindowController::installWillStart() {
     progressIndicator->setIndeterminate(true);
@@ -37,6 +43,10 @@ void TXInstallWindowController::installWillStart() {
     textIndicator->setStringValue(TXLocalizedString("MAC_LAUNCHER_INSTALLING"));
 }
 
-void TXInstallWindowController::installProgress(double progress) { progressIndicator->setDoubleValue(progress); }
+void TXInstallWindowController::installProgress(double progress) {
+    progressIndicator->setDoubleValue(progress);
+}
 
-void TXInstallWindowController::installDidEnd() { progressIndicator->stopAnimation(); }
+void TXInstallWindowController::installDidEnd() {
+    progressIndicator->stopAnimation();
+}

@@ -2,8 +2,8 @@
 
 #include "platform/UserInterface.h"
 
-// Drives the progress window: a title, one line that names the stage, and a bar. The window and its outlets come from the
-// main interface description and are borrowed from it. Main thread.
+// Drives the progress window: a title, one line that names the stage, and a bar. The window and its outlets come from
+// the main interface description and are borrowed from it. Main thread.
 class TXInstallWindowController {
 public:
     explicit TXInstallWindowController(platform::Window& withWindow);

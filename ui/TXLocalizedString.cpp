@@ -2,4 +2,6 @@
 
 #include "platform/Platform.h"
 
-std::string TXLocalizedString(const std::string& key) { return platform::current().bundles->localizedString(key, ""); }
+std::string TXLocalizedString(const std::string& key) {
+    return platform::current().bundles->localizedString(key, "");
+}

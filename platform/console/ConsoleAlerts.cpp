@@ -18,9 +18,13 @@ int questionDescriptor() {
     return ::isatty(STDOUT_FILENO) != 1 && ::isatty(STDERR_FILENO) == 1 ? STDERR_FILENO : STDOUT_FILENO;
 }
 
-bool canAsk() { return ::isatty(STDIN_FILENO) == 1; }
+bool canAsk() {
+    return ::isatty(STDIN_FILENO) == 1;
+}
 
-void print(const std::string& lines) { TerminalOutput::shared().write(questionDescriptor(), lines); }
+void print(const std::string& lines) {
+    TerminalOutput::shared().write(questionDescriptor(), lines);
+}
 
 std::string buttonLines(const Alert& alert) {
     std::string lines;
@@ -49,6 +53,12 @@ ConsoleAlerts::ConsoleAlerts(std::function<void(bool)> openChanged)
       inputReady_(std::make_unique<QSocketNotifier>(STDIN_FILENO, QSocketNotifier::Read)) {
     inputReady_->setEnabled(false);
     QObject::connect(inputReady_.get(), &QSocketNotifier::activated, inputReady_.get(), [this] { readInput(); });
+    for (QTimer* timer : {&quitLater_, &nextLater_}) {
+        timer->setSingleShot(true);
+        timer->setInterval(0);
+    }
+    quitLater_.callOnTimeout([this] { takeQuitButton(); });
+    nextLater_.callOnTimeout([this] { showNext(); });
 }
 
 void ConsoleAlerts::beginSheet(const Alert& alert, std::function<void(int)> ended) {
@@ -57,10 +67,6 @@ void ConsoleAlerts::beginSheet(const Alert& alert, std::function<void(int)> ende
         openChanged_(true);
         showFirst();
     }
-}
-
-void ConsoleAlerts::post(std::function<void()> step) {
-    QMetaObject::invokeMethod(&context_, std::move(step), Qt::QueuedConnection);
 }
 
 void ConsoleAlerts::showFirst() {
@@ -77,7 +83,7 @@ void ConsoleAlerts::showFirst() {
         prompt();
         inputReady_->setEnabled(true);
     } else {
-        post([this] { takeQuitButton(); });
+        quitLater_.start();
     }
 }
 
@@ -130,14 +136,16 @@ void ConsoleAlerts::takeButton(std::size_t button) {
     const auto ended = std::move(questions_.front().ended);
     ended(Alert::firstButtonReturn + static_cast<int>(button));
     // Later: the program may have been told to end, and then there is no next question.
-    post([this] {
-        questions_.pop_front();
-        if (questions_.empty()) {
-            openChanged_(false);
-        } else {
-            showFirst();
-        }
-    });
+    nextLater_.start();
+}
+
+void ConsoleAlerts::showNext() {
+    questions_.pop_front();
+    if (questions_.empty()) {
+        openChanged_(false);
+    } else {
+        showFirst();
+    }
 }
 
 } // namespace platform

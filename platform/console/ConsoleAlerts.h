@@ -2,8 +2,8 @@
 
 #include "platform/UserInterface.h"
 
-#include <QObject>
 #include <QSocketNotifier>
+#include <QTimer>
 
 #include <deque>
 #include <functional>
@@ -26,8 +26,8 @@ private:
         std::function<void(int)> ended;
     };
 
-    void post(std::function<void()> step);
     void showFirst();
+    void showNext();
     void prompt();
     void readInput();
     void takeLine(const std::string& line);
@@ -38,7 +38,8 @@ private:
     // The first one is open.
     std::deque<Question> questions_;
     std::string input_;
-    QObject context_;
+    QTimer quitLater_;
+    QTimer nextLater_;
     std::unique_ptr<QSocketNotifier> inputReady_;
 };
 

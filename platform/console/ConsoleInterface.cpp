@@ -2,7 +2,7 @@
 
 #include "platform/console/ConsoleAlerts.h"
 #include "platform/console/ConsoleProgress.h"
-#include "platform/console/QuitSignals.h"
+#include "platform/qtcore/QuitSignals.h"
 #include "platform/linux/TerminalOutput.h"
 #include "platform/posix/PosixTasks.h"
 

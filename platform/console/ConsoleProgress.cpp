@@ -16,12 +16,12 @@ constexpr std::size_t usualColumns = 80;
 constexpr std::size_t widestLine = 72;
 
 std::size_t terminalColumns() {
-    struct winsize size{};
+    struct winsize size {};
     return ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : usualColumns;
 }
 
-// "[####      ]  40%", or the number alone where there is no room. The last column stays free: writing there would begin
-// a new line on some terminals.
+// "[####      ]  40%", or the number alone where there is no room. The last column stays free: writing there would
+// begin a new line on some terminals.
 std::string barText(int percent, std::size_t columns) {
     std::string number = std::to_string(percent) + '%';
     number.insert(0, 4 - std::min<std::size_t>(number.size(), 4), ' ');

@@ -8,8 +8,8 @@
 
 namespace platform {
 
-// The bar on the lowest line of the terminal; nothing where standard output is none. It is shown while a value is known:
-// an animation would disturb a password prompt on the same terminal.
+// The bar on the lowest line of the terminal; nothing where standard output is none. It is shown while a value is
+// known: an animation would disturb a password prompt on the same terminal.
 class ConsoleProgress : public ProgressIndicator {
 public:
     ConsoleProgress();

@@ -30,7 +30,7 @@ std::optional<std::string> contentsOfFile(const foundation::URL& url, std::size_
 } // namespace
 
 CurlTransfers::CurlTransfers(Threads& threads, const TransferLimits& limits)
-    : context_(new TransferContext{threads, {limits, trustedCertificates()}, {}, {}}) {}
+    : context_(new TransferContext{threads, {limits, trustedCertificates()}, nullptr, {}}) {}
 
 CurlTransfers::~CurlTransfers() {
     // Then the thread may be anywhere, and the process takes everything with it.

@@ -6,8 +6,8 @@ namespace platform::curl {
 
 namespace {
 
-// A few milliseconds of work.
-constexpr std::size_t pieceLength = std::size_t{8} << 20;
+// A millisecond of work or so.
+constexpr std::size_t pieceLength = std::size_t{1} << 20;
 
 } // namespace
 

@@ -12,9 +12,9 @@ namespace platform::curl {
 struct TransferContext {
     Threads& threads;
     WebSettings settings;
-    TransferLoop loop;
     // Set to keep all this for ever.
     std::shared_ptr<TransferContext> self;
+    TransferLoop loop;
 };
 
 } // namespace platform::curl

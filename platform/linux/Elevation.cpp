@@ -17,13 +17,13 @@ constexpr const char* systemBusSocket = "/run/dbus/system_bus_socket";
 
 // Without the bit and its owner the program can do no more than this user.
 bool isSetUserIdRoot(const char* path) {
-    struct stat status{};
+    struct stat status {};
     return ::stat(path, &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == 0 &&
            (status.st_mode & S_ISUID) != 0 && ::access(path, X_OK) == 0;
 }
 
 bool isSocket(const char* path) {
-    struct stat status{};
+    struct stat status {};
     return ::stat(path, &status) == 0 && S_ISSOCK(status.st_mode);
 }
 

@@ -34,7 +34,8 @@ ElevationFacts currentElevationFacts();
 Elevation chooseElevation(const ElevationFacts& facts);
 
 // What to start so that the tool runs as administrator. Nothing is started for None.
-TaskDescription elevatedCommand(Elevation elevation, const std::string& tool, const std::vector<std::string>& arguments);
+TaskDescription elevatedCommand(Elevation elevation, const std::string& tool,
+                                const std::vector<std::string>& arguments);
 
 // All that such a command may see of this process's environment, as "NAME=value".
 std::vector<std::string> elevatedEnvironment(Elevation elevation);

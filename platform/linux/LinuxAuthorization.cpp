@@ -100,6 +100,7 @@ bool LinuxAuthorization::executeWithPrivileges(AuthorizationRef& authorization, 
     const ArgumentVector words(command);
     std::vector<std::string> environment = elevatedEnvironment(ref->elevation());
     std::vector<char*> variables;
+    variables.reserve(environment.size() + 1);
     for (std::string& variable : environment) {
         variables.push_back(variable.data());
     }
@@ -122,9 +123,9 @@ std::optional<int> LinuxAuthorization::wait() {
 }
 
 std::function<void()> LinuxAuthorization::useDefaultChildSignal() {
-    struct sigaction standard{};
+    struct sigaction standard {};
     standard.sa_handler = SIG_DFL;
-    struct sigaction previous{};
+    struct sigaction previous {};
     if (::sigaction(SIGCHLD, &standard, &previous) != 0) {
         return [] {};
     }

@@ -4,14 +4,15 @@
 
 namespace platform {
 
-// Administrator rights through pkexec or sudo, or those of the administrator himself. Any thread; a thread waits for its
-// own children only.
+// Administrator rights through pkexec or sudo, or those of the administrator himself. Any thread; a thread waits for
+// its own children only.
 class LinuxAuthorization : public Authorization {
 public:
     // Finds out what will run the tools. toolExecuteFailure when nothing can.
     std::int32_t create(std::shared_ptr<AuthorizationRef>& authorization) override;
 
-    // The tool runs in the folder "/", with a fixed environment, and shares nothing but standard error with this process.
+    // The tool runs in the folder "/", with a fixed environment, and shares nothing but standard error with this
+    // process.
     bool executeWithPrivileges(AuthorizationRef& authorization, const std::string& tool,
                                const std::vector<std::string>& arguments) override;
 

@@ -38,19 +38,19 @@ std::string absolutePathVariable(const char* name) {
 
 // A real folder of this user that nobody else may enter.
 bool isPrivateFolder(const std::string& path) {
-    struct stat status{};
+    struct stat status {};
     return ::lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == ::geteuid() &&
            (status.st_mode & 077) == 0;
 }
 
 bool isUsableFolder(const std::string& path) {
-    struct stat status{};
+    struct stat status {};
     return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && ::access(path.c_str(), W_OK | X_OK) == 0;
 }
 
 // In a folder that others use too, the usual name can be taken by somebody else; a new name never is.
 std::string makePrivateFolder(const std::string& base) {
-    const std::string stem = base + "/tolvix-installer-" + std::to_string(::geteuid());
+    std::string stem = base + "/tolvix-installer-" + std::to_string(::geteuid());
     if (::mkdir(stem.c_str(), 0700) == 0 || errno == EEXIST) {
         if (isPrivateFolder(stem)) {
             return stem;
@@ -66,7 +66,7 @@ LinuxProcessInfo::LinuxProcessInfo(std::vector<std::string> arguments, std::stri
     : arguments_(std::move(arguments)), root_(withoutTrailingSlashes(std::move(root))) {}
 
 OperatingSystemVersion LinuxProcessInfo::operatingSystemVersion() {
-    struct utsname system{};
+    struct utsname system {};
     OperatingSystemVersion version;
     if (::uname(&system) != 0) {
         return version;
@@ -84,7 +84,7 @@ OperatingSystemVersion LinuxProcessInfo::operatingSystemVersion() {
 }
 
 std::string LinuxProcessInfo::globallyUniqueString() {
-    struct timespec now{};
+    struct timespec now {};
     ::clock_gettime(CLOCK_MONOTONIC, &now);
     const auto nanoseconds =
         static_cast<unsigned long long>(now.tv_sec) * 1'000'000'000ULL + static_cast<unsigned long long>(now.tv_nsec);
@@ -132,7 +132,7 @@ std::string LinuxProcessInfo::homeDirectory() {
         return home;
     }
     std::vector<char> buffer(16384);
-    struct passwd entry{};
+    struct passwd entry {};
     struct passwd* found = nullptr;
     if (::getpwuid_r(::geteuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found != nullptr) {
         return found->pw_dir;
@@ -145,7 +145,7 @@ std::string LinuxProcessInfo::systemPath(const std::string& path) {
 }
 
 double LinuxProcessInfo::secondsSinceReferenceDate() {
-    struct timespec now{};
+    struct timespec now {};
     ::clock_gettime(CLOCK_REALTIME, &now);
     return static_cast<double>(now.tv_sec) - referenceDate + static_cast<double>(now.tv_nsec) / 1e9;
 }

@@ -1,8 +1,8 @@
 #include "platform/linux/LinuxWorkspace.h"
 
 #include "foundation/PathString.h"
+#include "platform/linux/PathFacts.h"
 #include "platform/linux/ProcessTable.h"
-#include "platform/linux/RegularFile.h"
 #include "platform/posix/FileDescriptor.h"
 
 #include <algorithm>
@@ -27,13 +27,8 @@ constexpr const char* informationFile = "Contents/Info.plist";
 constexpr int quitWaitMilliseconds = 50;
 
 bool exists(const std::string& path) {
-    struct stat status{};
+    struct stat status {};
     return ::lstat(path.c_str(), &status) == 0;
-}
-
-bool isPlainName(const std::string& name) {
-    return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos &&
-           name.find('\0') == std::string::npos;
 }
 
 // The first such program in the search path. Relative entries are skipped: what lies there depends on where the
@@ -43,7 +38,7 @@ std::string programInSearchPath(const std::string& name) {
     std::string_view entries = variable == nullptr ? "/usr/local/bin:/usr/bin:/bin" : variable;
     while (!entries.empty()) {
         const std::size_t end = std::min(entries.find(':'), entries.size());
-        const std::string candidate = appendingPathComponent(entries.substr(0, end), name);
+        std::string candidate = appendingPathComponent(entries.substr(0, end), name);
         if (candidate.front() == '/' && isExecutableFile(candidate)) {
             return candidate;
         }
@@ -58,7 +53,8 @@ std::optional<std::string> textValue(Bundles& bundles, const std::string& bundle
     return value != nullptr && value->string() != nullptr ? std::optional(*value->string()) : std::nullopt;
 }
 
-// Finds the innermost bundles that programs lie in. It remembers what it saw, since most processes run from few folders.
+// Finds the innermost bundles that programs lie in. It remembers what it saw, since most processes run from few
+// folders.
 class EnclosingBundles {
 public:
     // The bundle's folder, or empty.
@@ -71,7 +67,7 @@ private:
             return known->second;
         }
         std::string bundle;
-        struct stat status{};
+        struct stat status {};
         if (::stat(appendingPathComponent(folder, informationFile).c_str(), &status) == 0 && S_ISREG(status.st_mode)) {
             bundle = folder;
         } else if (folder.size() > 1) {
@@ -84,8 +80,8 @@ private:
 };
 
 bool isSameFolder(const std::string& first, const std::string& second) {
-    struct stat one{};
-    struct stat other{};
+    struct stat one {};
+    struct stat other {};
     return ::stat(first.c_str(), &one) == 0 && ::stat(second.c_str(), &other) == 0 && one.st_dev == other.st_dev &&
            one.st_ino == other.st_ino;
 }
@@ -108,7 +104,9 @@ bool runsAlready(const std::string& bundle) {
 LinuxWorkspace::LinuxWorkspace(Bundles& bundles, Tasks& tasks, FileChanges& fileChanges, ShowItem showItem)
     : bundles_(bundles), tasks_(tasks), fileChanges_(fileChanges), showItem_(std::move(showItem)) {}
 
-bool LinuxWorkspace::openURL(const foundation::URL& url) { return openWithDesktop(url.absoluteString()); }
+bool LinuxWorkspace::openURL(const foundation::URL& url) {
+    return openWithDesktop(url.absoluteString());
+}
 
 // A target that looks like an option would be taken for one.
 bool LinuxWorkspace::openWithDesktop(const std::string& target) {
@@ -179,7 +177,9 @@ void LinuxWorkspace::terminate(const RunningApplication& application) {
         return;
     }
     ::syscall(SYS_pidfd_send_signal, process.get(), SIGTERM, nullptr, 0);
-    struct pollfd ended{process.get(), POLLIN, 0};
+    struct pollfd ended {
+        process.get(), POLLIN, 0
+    };
     ::poll(&ended, 1, quitWaitMilliseconds);
 }
 

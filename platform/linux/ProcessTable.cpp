@@ -1,12 +1,11 @@
 #include "platform/linux/ProcessTable.h"
 
 #include "foundation/PathString.h"
-#include "platform/linux/RegularFile.h"
+#include "platform/linux/PathFacts.h"
 #include "platform/posix/FileDescriptor.h"
 
 #include <array>
 #include <cerrno>
-#include <climits>
 #include <cstdlib>
 #include <memory>
 #include <optional>
@@ -36,17 +35,6 @@ std::string readProcFile(const std::string& path) {
     return bytes;
 }
 
-std::string linkTarget(const std::string& path) {
-    std::array<char, PATH_MAX> buffer{};
-    const ssize_t length = ::readlink(path.c_str(), buffer.data(), buffer.size());
-    return length > 0 ? std::string(buffer.data(), static_cast<std::size_t>(length)) : std::string();
-}
-
-std::string canonicalPath(const std::string& path) {
-    const std::unique_ptr<char, void (*)(void*)> resolved(::realpath(path.c_str(), nullptr), &std::free);
-    return resolved ? resolved.get() : std::string();
-}
-
 // Absent when the process has ended, even if nobody has waited for it yet.
 std::optional<std::uint64_t> startTimeOf(int processId) {
     const std::string text = readProcFile("/proc/" + std::to_string(processId) + "/stat");
@@ -74,20 +62,11 @@ bool belongsToThisUser(const std::string& folder) {
     return line != std::string::npos && std::strtoul(text.c_str() + line + 5, nullptr, 10) == ::getuid();
 }
 
-std::string executableOf(const std::string& folder) {
-    static constexpr std::string_view deleted = " (deleted)";
-    std::string path = linkTarget(folder + "/exe");
-    if (path.size() > deleted.size() && path.compare(path.size() - deleted.size(), deleted.size(), deleted) == 0) {
-        path.resize(path.size() - deleted.size());
-    }
-    return path;
-}
-
 // The first argument that is no option.
 std::string firstOperand(const std::string& commandLine) {
     std::size_t start = commandLine.find('\0');
     while (start != std::string::npos && start + 1 < commandLine.size()) {
-        const std::string argument(commandLine.c_str() + start + 1);
+        std::string argument(commandLine.c_str() + start + 1);
         if (!argument.empty() && argument.front() != '-') {
             return argument;
         }
@@ -103,12 +82,12 @@ bool interprets(const std::string& executable, const std::string& firstLine) {
     std::string interpreter;
     words >> interpreter;
     if (foundation::path::lastPathComponent(interpreter) != "env") {
-        return canonicalPath(interpreter) == executable;
+        return resolvedPath(interpreter) == executable;
     }
     std::string name;
     while (words >> name && (name.front() == '-' || name.find('=') != std::string::npos)) {
     }
-    return !name.empty() && (canonicalPath("/usr/bin/" + name) == executable ||
+    return !name.empty() && (resolvedPath("/usr/bin/" + name) == executable ||
                              foundation::path::lastPathComponent(executable).rfind(name, 0) == 0);
 }
 
@@ -129,7 +108,7 @@ std::string scriptOf(const std::string& folder, const std::string& executable) {
     if (!head || head->rfind("#!", 0) != 0 || !interprets(executable, head->substr(0, head->find('\n')))) {
         return {};
     }
-    return canonicalPath(script);
+    return resolvedPath(script);
 }
 
 std::optional<UserProcess> userProcess(int processId) {
@@ -138,7 +117,7 @@ std::optional<UserProcess> userProcess(int processId) {
         return std::nullopt;
     }
     const std::optional<std::uint64_t> startTime = startTimeOf(processId);
-    const std::string executable = executableOf(folder);
+    const std::string executable = executableOfProcess(folder);
     if (!startTime || executable.empty()) {
         return std::nullopt;
     }
@@ -166,6 +145,8 @@ std::vector<UserProcess> processesOfThisUser() {
     return processes;
 }
 
-bool isRunning(const RunningApplication& process) { return startTimeOf(process.processId) == process.startTime; }
+bool isRunning(const RunningApplication& process) {
+    return startTimeOf(process.processId) == process.startTime;
+}
 
 } // namespace platform

@@ -14,9 +14,9 @@ namespace platform {
 namespace {
 
 std::string localTime() {
-    struct timespec now{};
+    struct timespec now {};
     ::clock_gettime(CLOCK_REALTIME, &now);
-    struct tm parts{};
+    struct tm parts {};
     ::localtime_r(&now.tv_sec, &parts);
     std::array<char, 32> seconds{};
     std::strftime(seconds.data(), seconds.size(), "%Y-%m-%d %H:%M:%S", &parts);

@@ -18,7 +18,9 @@ void writeAll(int descriptor, std::string_view bytes) {
         if (written >= 0) {
             bytes.remove_prefix(static_cast<std::size_t>(written));
         } else if (errno == EAGAIN) {
-            struct pollfd writable{descriptor, POLLOUT, 0};
+            struct pollfd writable {
+                descriptor, POLLOUT, 0
+            };
             ::poll(&writable, 1, -1);
         } else if (errno != EINTR) {
             return;
@@ -27,8 +29,8 @@ void writeAll(int descriptor, std::string_view bytes) {
 }
 
 bool areSameTerminal(int first, int second) {
-    struct stat one{};
-    struct stat other{};
+    struct stat one {};
+    struct stat other {};
     return ::isatty(first) == 1 && ::isatty(second) == 1 && ::fstat(first, &one) == 0 && ::fstat(second, &other) == 0 &&
            one.st_rdev == other.st_rdev;
 }
@@ -85,6 +87,8 @@ void TerminalOutput::write(int descriptor, std::string_view lines) {
     writeAll(descriptor, erasure() + std::string(lines) + shown_);
 }
 
-std::string TerminalOutput::erasure() const { return '\r' + std::string(shown_.size(), ' ') + '\r'; }
+std::string TerminalOutput::erasure() const {
+    return '\r' + std::string(shown_.size(), ' ') + '\r';
+}
 
 } // namespace platform

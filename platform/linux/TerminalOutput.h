@@ -10,8 +10,9 @@ namespace platform {
 // terminal.
 std::string printableText(std::string_view text);
 
-// What the program writes to its standard streams, in one order. The lowest line of the terminal can hold a changing text
-// (a progress bar, a prompt) that messages must not run into. Any thread; a stream that nobody reads any more is no error.
+// What the program writes to its standard streams, in one order. The lowest line of the terminal can hold a changing
+// text (a progress bar, a prompt) that messages must not run into. Any thread; a stream that nobody reads any more is
+// no error.
 class TerminalOutput {
 public:
     // The one of this process. It is never destroyed, because workers may still log while the program ends.

@@ -4,9 +4,11 @@
 #include "platform/posix/FileFailure.h"
 #include "platform/posix/ItemPlace.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace platform {

@@ -126,7 +126,7 @@ void PosixFileChanges::remember(const MadeFolder& folder) {
         return;
     const std::lock_guard lock(mutex_);
     const bool covered = std::any_of(leftovers_.begin(), leftovers_.end(), [&above](const MadeFolder& leftover) {
-        return contains(above, leftover.identity);
+        return contains(above, leftover.identity) && isThere(leftover);
     });
     if (!covered)
         leftovers_.push_back(folder);

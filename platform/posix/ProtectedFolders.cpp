@@ -5,9 +5,11 @@
 #include "platform/posix/FolderListing.h"
 #include "platform/posix/ItemPlace.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
+#include <utility>
 
 namespace platform {
 

@@ -97,7 +97,7 @@ void TaskMonitor::run() {
 }
 
 void TaskMonitor::read(Reader& reader) {
-    std::array<char, 65536> buffer; // NOLINT(cppcoreguidelines-pro-type-member-init): filled by the system
+    std::array<char, 65536> buffer;
     const ssize_t count = ::read(reader.readEnd->get(), buffer.data(), buffer.size());
     if (count > 0)
         reader.bytes.append(buffer.data(), static_cast<std::size_t>(count));

@@ -1,7 +1,7 @@
 #include "platform/qtcore/PreferencesFile.h"
 
 #include "foundation/PathString.h"
-#include "platform/linux/RegularFile.h"
+#include "platform/linux/PathFacts.h"
 #include "platform/posix/FileDescriptor.h"
 #include "platform/qtcore/SettingsText.h"
 
@@ -11,8 +11,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
-#include <memory>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -24,16 +22,6 @@ namespace {
 constexpr std::size_t largestFile = 1024UL * 1024;
 constexpr int lockWaitMilliseconds = 2000;
 constexpr int mostFilesAside = 1000;
-
-std::string realPath(const std::string& path) {
-    const std::unique_ptr<char, void (*)(void*)> resolved(::realpath(path.c_str(), nullptr), &std::free);
-    return resolved ? resolved.get() : path;
-}
-
-bool isFolder(const std::string& path) {
-    struct stat status{};
-    return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
-}
 
 bool makeFolder(const std::string& path) {
     if (path.empty() || isFolder(path)) {
@@ -51,7 +39,8 @@ bool flush(const std::string& path) {
 // A new file beside the real one that goes away by itself unless it takes that one's place.
 class Replacement {
 public:
-    explicit Replacement(const std::string& path) : name_(path + ".XXXXXX"), file_(::mkostemp(name_.data(), O_CLOEXEC)) {}
+    explicit Replacement(const std::string& path)
+        : name_(path + ".XXXXXX"), file_(::mkostemp(name_.data(), O_CLOEXEC)) {}
     ~Replacement() {
         if (file_.isOpen()) {
             ::unlink(name_.c_str());
@@ -97,10 +86,14 @@ private:
 
 } // namespace
 
-PreferencesFile::PreferencesFile(const std::string& path) : path_(realPath(path)) {}
+PreferencesFile::PreferencesFile(const std::string& path) : path_(resolvedPath(path)) {
+    if (path_.empty()) {
+        path_ = path;
+    }
+}
 
 PreferencesFile::Content PreferencesFile::read() const {
-    struct stat status{};
+    struct stat status {};
     if (::lstat(path_.c_str(), &status) != 0) {
         return {errno == ENOENT ? State::Missing : State::Inaccessible, {}, {}};
     }

@@ -15,8 +15,8 @@ public:
     // The text stored for the key at this moment. Nothing when there is none or the file is no settings file.
     std::optional<std::string> value(const std::string& key) const;
 
-    // Replaces the file by one with these changes; absent values are removed. The old or the new file stands there whole,
-    // whatever happens. False when that was not possible.
+    // Replaces the file by one with these changes; absent values are removed. The old or the new file stands there
+    // whole, whatever happens. False when that was not possible.
     bool apply(const std::map<std::string, std::optional<std::string>>& changes) const;
 
 private:

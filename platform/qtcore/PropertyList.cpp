@@ -13,8 +13,8 @@ using foundation::Value;
 
 constexpr int deepestNesting = 100;
 
-// Every operation stands at the start tag of an element and returns at its end tag. At the first fault the reader has an
-// error, and results mean nothing any more.
+// Every operation stands at the start tag of an element and returns at its end tag. At the first fault the reader has
+// an error, and results mean nothing any more.
 class PropertyListReader {
 public:
     explicit PropertyListReader(const QByteArray& bytes) : xml_(bytes) {}

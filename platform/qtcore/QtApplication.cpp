@@ -40,10 +40,13 @@ void QtApplication::replyToApplicationShouldTerminate(bool shouldTerminate) {
 }
 
 void QtApplication::post(void (QtApplication::*step)()) {
-    QMetaObject::invokeMethod(&context_, [this, step] { (this->*step)(); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        &context_, [this, step] { (this->*step)(); }, Qt::QueuedConnection);
 }
 
-void QtApplication::finishLaunching() { delegate_->applicationDidFinishLaunching(); }
+void QtApplication::finishLaunching() {
+    delegate_->applicationDidFinishLaunching();
+}
 
 void QtApplication::askDelegate() {
     if (ended_) {

@@ -3,18 +3,14 @@
 #include "foundation/LanguageChoice.h"
 #include "foundation/PathString.h"
 #include "foundation/StringsTable.h"
-#include "platform/linux/RegularFile.h"
+#include "platform/linux/PathFacts.h"
 #include "platform/qtcore/PropertyList.h"
 
-#include <array>
-#include <climits>
 #include <memory>
 #include <string_view>
 #include <utility>
 
 #include <dirent.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace platform {
 namespace {
@@ -30,19 +26,10 @@ std::optional<std::string> readWholeFile(const std::string& path) {
     return bytes && bytes->size() <= largestFile ? bytes : std::nullopt;
 }
 
-bool isFolder(const std::string& path) {
-    struct stat status{};
-    return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
-}
-
 std::string bundleOfThisProgram() {
-    std::array<char, PATH_MAX> buffer{};
-    const ssize_t length = ::readlink("/proc/self/exe", buffer.data(), buffer.size());
-    const std::string executable(buffer.data(), length > 0 ? static_cast<std::size_t>(length) : 0);
-    const std::string folder = deletingLastPathComponent(executable);
+    const std::string folder = deletingLastPathComponent(executableOfProcess("/proc/self"));
     static constexpr std::string_view inBundle = "/Contents/MacOS";
-    const bool isInBundle = folder.size() > inBundle.size() &&
-                            folder.compare(folder.size() - inBundle.size(), inBundle.size(), inBundle) == 0;
+    const bool isInBundle = std::string_view(folder).ends_with(inBundle);
     return isInBundle ? folder.substr(0, folder.size() - inBundle.size()) : folder;
 }
 
@@ -53,7 +40,7 @@ std::vector<std::string> languagesIn(const std::string& resources) {
     const std::unique_ptr<DIR, int (*)(DIR*)> folder(::opendir(resources.c_str()), &::closedir);
     while (const struct dirent* entry = folder ? ::readdir(folder.get()) : nullptr) {
         const std::string_view name(&entry->d_name[0]);
-        if (name.size() > extension.size() && name.substr(name.size() - extension.size()) == extension) {
+        if (name.ends_with(extension)) {
             languages.emplace_back(name.substr(0, name.size() - extension.size()));
         }
     }
@@ -112,8 +99,7 @@ void QtBundles::findTable() {
         development && development->string() != nullptr ? *development->string() : std::string();
     std::vector<std::string> available = languagesIn(resources);
     while (const auto language = foundation::chooseLocalization(available, preferredLanguages_, developmentLanguage)) {
-        const auto bytes =
-            readWholeFile(appendingPathComponent(resources, *language + ".lproj/Localizable.strings"));
+        const auto bytes = readWholeFile(appendingPathComponent(resources, *language + ".lproj/Localizable.strings"));
         if (auto table = bytes ? foundation::parseStringsTable(*bytes) : std::nullopt) {
             table_ = std::move(*table);
             localization_ = *language;

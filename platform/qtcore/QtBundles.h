@@ -13,8 +13,8 @@ namespace platform {
 // other bundles each time.
 class QtBundles : public Bundles {
 public:
-    // The person's languages, best first. The main bundle is the one that the running program lies in, wherever that was
-    // put, unless a path is given.
+    // The person's languages, best first. The main bundle is the one that the running program lies in, wherever that
+    // was put, unless a path is given.
     explicit QtBundles(std::vector<std::string> preferredLanguages, std::string mainBundlePath = {});
 
     std::string mainBundlePath() override { return mainBundlePath_; }

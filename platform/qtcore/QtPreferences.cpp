@@ -1,6 +1,7 @@
 #include "platform/qtcore/QtPreferences.h"
 
 #include "foundation/PathString.h"
+#include "platform/linux/PathFacts.h"
 #include "platform/qtcore/PreferencesFile.h"
 
 #include <QString>
@@ -9,11 +10,6 @@
 
 namespace platform {
 namespace {
-
-bool isFileName(const std::string& domain) {
-    return !domain.empty() && domain != "." && domain != ".." && domain.find('/') == std::string::npos &&
-           domain.find('\0') == std::string::npos;
-}
 
 PreferencesFile fileOf(const std::string& folder, const std::string& domain) {
     return PreferencesFile(foundation::path::appendingPathComponent(folder, domain + ".conf"));
@@ -36,7 +32,7 @@ std::string QtPreferences::userConfigurationFolder(const std::string& homeDirect
 }
 
 std::optional<foundation::Value> QtPreferences::appValue(const std::string& key, const std::string& domain) {
-    if (!isFileName(domain)) {
+    if (!isPlainName(domain)) {
         return std::nullopt;
     }
     const Changes& changes = pending_[domain];
@@ -47,13 +43,13 @@ std::optional<foundation::Value> QtPreferences::appValue(const std::string& key,
 
 void QtPreferences::setValue(const std::optional<foundation::Value>& value, const std::string& key,
                              const std::string& domain) {
-    if (isFileName(domain)) {
+    if (isPlainName(domain)) {
         pending_[domain][key] = value ? std::optional(storedText(*value)) : std::nullopt;
     }
 }
 
 bool QtPreferences::synchronize(const std::string& domain) {
-    if (!isFileName(domain)) {
+    if (!isPlainName(domain)) {
         return false;
     }
     Changes& changes = pending_[domain];

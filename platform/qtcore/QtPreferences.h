@@ -7,8 +7,8 @@
 
 namespace platform {
 
-// Settings in one INI file per domain, "<domain>.conf", readable by other Qt programs. Values come back as texts. A domain
-// that could name a file outside the folder has no values and cannot be written.
+// Settings in one INI file per domain, "<domain>.conf", readable by other Qt programs. Values come back as texts. A
+// domain that could name a file outside the folder has no values and cannot be written.
 class QtPreferences : public Preferences {
 public:
     // The folder need not exist.

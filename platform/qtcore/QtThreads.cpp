@@ -11,8 +11,8 @@
 
 namespace platform {
 
-// The steps wait in a queue of our own, because a queued Qt call can be destroyed on the thread that posted it. One step
-// runs per turn of the loop, so that a step that ends the program is the last one.
+// The steps wait in a queue of our own, because a queued Qt call can be destroyed on the thread that posted it. One
+// step runs per turn of the loop, so that a step that ends the program is the last one.
 QtThreads::QtThreads()
     : queue_(std::make_unique<StepQueue>()),
       notifier_(std::make_unique<QSocketNotifier>(queue_->descriptor(), QSocketNotifier::Read)) {
@@ -22,7 +22,9 @@ QtThreads::QtThreads()
 
 QtThreads::~QtThreads() = default;
 
-void QtThreads::performOnMain(std::function<void()> step) { queue_->add(std::move(step)); }
+void QtThreads::performOnMain(std::function<void()> step) {
+    queue_->add(std::move(step));
+}
 
 void QtThreads::performInBackground(std::function<void()> step) {
     const auto shared = std::make_shared<std::function<void()>>(std::move(step));
@@ -34,6 +36,8 @@ void QtThreads::performInBackground(std::function<void()> step) {
     }
 }
 
-std::shared_ptr<RunLoop> QtThreads::makeRunLoop() { return std::make_shared<PosixRunLoop>(); }
+std::shared_ptr<RunLoop> QtThreads::makeRunLoop() {
+    return std::make_shared<PosixRunLoop>();
+}
 
 } // namespace platform

@@ -18,8 +18,8 @@
 namespace platform {
 namespace {
 
-// QSettings does not read a file again while its name, size and time are the same, and two changes can be closer together
-// than file times tell. It is therefore given a file in memory whose time is never the same twice.
+// QSettings does not read a file again while its name, size and time are the same, and two changes can be closer
+// together than file times tell. It is therefore given a file in memory whose time is never the same twice.
 FileDescriptor makeMemoryFile(const std::string& bytes) {
     static std::atomic<std::time_t> count = 0;
     FileDescriptor file(::memfd_create("settings", MFD_CLOEXEC));

@@ -15,7 +15,9 @@ StepQueue::StepQueue() : descriptor_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
     }
 }
 
-StepQueue::~StepQueue() { ::close(descriptor_); }
+StepQueue::~StepQueue() {
+    ::close(descriptor_);
+}
 
 void StepQueue::add(std::function<void()> step) {
     const std::lock_guard lock(mutex_);

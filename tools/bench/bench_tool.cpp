@@ -31,9 +31,11 @@ int download(const std::string& url, const std::string& file) {
     platform::QtThreads threads;
     platform::CurlTransfers transfers(threads);
     const auto source = foundation::URL::withString(url);
-    if (!source) return 1;
+    if (!source)
+        return 1;
     const auto running = transfers.startDownload(*source, std::make_shared<Printing>());
-    if (!running) return 1;
+    if (!running)
+        return 1;
     running->setDestination(file, true);
     return QCoreApplication::exec();
 }
@@ -41,7 +43,8 @@ int download(const std::string& url, const std::string& file) {
 int copy(const std::string& from, const std::string& to) {
     platform::PosixFileChanges changes({});
     std::optional<foundation::Error> error;
-    if (changes.copyItem(from, to, &error)) return 0;
+    if (changes.copyItem(from, to, &error))
+        return 0;
     std::fprintf(stderr, "%s\n", error->description().c_str());
     return 1;
 }
@@ -50,8 +53,10 @@ int copy(const std::string& from, const std::string& to) {
 
 int main(int argc, char** argv) {
     const std::string part = argc == 4 ? argv[1] : "";
-    if (part == "download") return download(argv[2], argv[3]);
-    if (part == "copy") return copy(argv[2], argv[3]);
+    if (part == "download")
+        return download(argv[2], argv[3]);
+    if (part == "copy")
+        return copy(argv[2], argv[3]);
     std::fputs("usage: bench_tool download URL FILE | copy FROM TO\n", stderr);
     return 2;
 }

@@ -35,8 +35,9 @@ void checkCompleteness(const SevenZip& sevenZip, const DiskImage& image, const E
         throw Failure("the image holds a link whose target cannot be read");
 }
 
-// The content of an HFS+ volume comes below a folder with the volume's name. Within names, a colon has become "_": it
-// is the one character that such a volume keeps for its own use, so no program depends on it.
+// The content of an HFS+ volume comes below a folder with the volume's name. A colon within a name has become "_",
+// which is tolerable: names on such volumes do without, because the character separates folders in their older
+// notation.
 FileDescriptor openVolume(int staging, FileSystem fileSystem) {
     const std::vector<std::string> names = entryNames(staging);
     if (fileSystem == FileSystem::Hfs && names.size() != 1)

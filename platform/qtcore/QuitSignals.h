@@ -9,8 +9,8 @@
 
 namespace platform {
 
-// Turns the signals that ask a process to quit into calls from the event loop. Signals that were ignored when the program
-// started stay ignored. One object at a time; main thread.
+// Turns the signals that ask a process to quit into calls from the event loop. Signals that were ignored when the
+// program started stay ignored. One object at a time; main thread.
 class QuitSignals {
 public:
     // Throws std::system_error when the system has no descriptor left.

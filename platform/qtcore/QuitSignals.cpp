@@ -1,4 +1,4 @@
-#include "platform/console/QuitSignals.h"
+#include "platform/qtcore/QuitSignals.h"
 
 #include <atomic>
 #include <cerrno>
@@ -34,7 +34,7 @@ QuitSignals::QuitSignals(std::function<void()> requested) : requested_(std::move
         ::eventfd_read(descriptor, &count);
         requested_();
     });
-    struct sigaction action{};
+    struct sigaction action {};
     action.sa_handler = noteQuitSignal;
     action.sa_flags = SA_RESTART;
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {

@@ -1,0 +1,31 @@
+#include "platform/qt/QtApplicationObject.h"
+
+#include "platform/qt/Accessibility.h"
+#include "platform/qt/ResourceIcon.h"
+
+#include <QLibraryInfo>
+#include <QLocale>
+#include <QTranslator>
+
+namespace platform {
+
+QtApplicationObject::QtApplicationObject(const QtInterfaceOptions& options)
+    : name_(options.identifier), arguments_{name_.data(), nullptr}, application_(argumentCount_, arguments_.data()) {
+    const QLocale locale(QString::fromStdString(options.language));
+    QLocale::setDefault(locale);
+    QApplication::setLayoutDirection(locale.textDirection());
+    QApplication::setApplicationName(QString::fromStdString(options.name));
+    QApplication::setDesktopFileName(QString::fromStdString(options.identifier));
+    QApplication::setWindowIcon(ResourceIcon::named("icon", {16, 24, 32, 48, 64, 128, 256}));
+    QApplication::setQuitOnLastWindowClosed(false);
+    Accessibility::install();
+}
+
+void QtApplicationObject::showStandardTexts(const QString& language) {
+    auto* translator = new QTranslator(QCoreApplication::instance());
+    if (translator->load(QLocale(language), "qtbase", "_", QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
+        QCoreApplication::installTranslator(translator);
+    }
+}
+
+} // namespace platform

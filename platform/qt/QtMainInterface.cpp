@@ -1,0 +1,48 @@
+#include "platform/qt/QtMainInterface.h"
+
+#include "platform/qt/ProgressBar.h"
+
+namespace platform {
+
+QtMainInterface::QtMainInterface(const QtInterfaceOptions& options)
+    : language_(QString::fromStdString(options.language)), applicationObject_(options), alerts_(window_) {
+    QObject::connect(&window_.progressIndicator(), &ProgressBar::stateShown, &window_, [this] { showOnLauncher(); });
+    // The program may end without destroying anything.
+    QObject::connect(qApp, &QApplication::aboutToQuit, &window_, [this] { launcherEntry_.reset(); });
+}
+
+ProgressIndicator& QtMainInterface::progressIndicator() {
+    return window_.progressIndicator();
+}
+
+void QtMainInterface::start(Application& application, ApplicationDelegate& delegate) {
+    connectCommands(application, delegate);
+    quitSignals_.emplace([&application] { application.terminate(); });
+    window_.showCentred();
+    // Only alerts have texts of Qt's own, so the window need not wait for them.
+    const auto showTexts = [this] { QtApplicationObject::showStandardTexts(language_); };
+    QMetaObject::invokeMethod(&window_, showTexts, Qt::QueuedConnection);
+}
+
+void QtMainInterface::connectCommands(Application& application, ApplicationDelegate& delegate) {
+    QObject::connect(&window_, &MainWindow::quitRequested, &window_, [&application] { application.terminate(); });
+    QObject::connect(&window_, &MainWindow::helpRequested, &window_, [&delegate] { delegate.showHelp(); });
+    QObject::connect(qApp, &QApplication::lastWindowClosed, &window_, [&application, &delegate] {
+        if (delegate.applicationShouldTerminateAfterLastWindowClosed()) {
+            application.terminate();
+        }
+    });
+}
+
+void QtMainInterface::showOnLauncher() {
+    const ProgressState& state = window_.progressIndicator().state();
+    if (!state.indeterminate && launcherEntry_ == nullptr) {
+        launcherEntry_ = std::make_unique<LauncherEntry>(QApplication::desktopFileName(), LauncherEntry::sessionBus());
+    }
+    if (launcherEntry_ != nullptr) {
+        const double share = static_cast<double>(state.position()) / ProgressState::steps;
+        launcherEntry_->setProgress(state.indeterminate ? std::nullopt : std::optional(share));
+    }
+}
+
+} // namespace platform

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QIcon>
+
+#include <initializer_list>
+
+namespace platform {
+
+// Pictures that the program carries, each in several sizes.
+class ResourceIcon {
+public:
+    // The icon made of the pictures of that name with these widths in device pixels.
+    static QIcon named(const QString& name, std::initializer_list<int> extents);
+};
+
+} // namespace platform

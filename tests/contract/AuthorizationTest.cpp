@@ -1,0 +1,197 @@
+#include "platform/linux/LinuxAuthorization.h"
+
+#include "platform/linux/Elevation.h"
+#include "tests/contract/TestFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <thread>
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+using platform::Authorization;
+using platform::AuthorizationRef;
+using platform::Elevation;
+using platform::ElevationFacts;
+using platform::LinuxAuthorization;
+using tests::TestEnvironment;
+using tests::TestFolder;
+
+TEST(Elevation, isChosenByWhatIsThere) {
+    const ElevationFacts all{.isRoot = false,
+                             .hasPkexec = true,
+                             .hasSystemBus = true,
+                             .hasDisplay = true,
+                             .hasTerminal = true,
+                             .hasSudo = true,
+                             .hasAskpass = true};
+    const auto chosen = [&all](void (*change)(ElevationFacts&)) {
+        ElevationFacts facts = all;
+        change(facts);
+        return platform::chooseElevation(facts);
+    };
+    EXPECT_EQ(chosen([](ElevationFacts& f) { f.isRoot = true; }), Elevation::Direct);
+    EXPECT_EQ(platform::chooseElevation({.isRoot = true}), Elevation::Direct);
+    EXPECT_EQ(chosen([](ElevationFacts&) {}), Elevation::Pkexec);
+    EXPECT_EQ(chosen([](ElevationFacts& f) { f.hasDisplay = false; }), Elevation::Pkexec);
+    EXPECT_EQ(chosen([](ElevationFacts& f) { f.hasTerminal = false; }), Elevation::Pkexec);
+    EXPECT_EQ(chosen([](ElevationFacts& f) { f.hasDisplay = f.hasTerminal = false; }), Elevation::SudoAskpass);
+    EXPECT_EQ(chosen([](ElevationFacts& f) { f.hasPkexec = false; }), Elevation::SudoAskpass);
+    EXPECT_EQ(chosen([](ElevationFacts& f) { f.hasSystemBus = false; }), Elevation::SudoAskpass);
+    EXPECT_EQ(chosen([](ElevationFacts& f) { f.hasPkexec = f.hasAskpass = false; }), Elevation::SudoTerminal);
+    EXPECT_EQ(chosen([](ElevationFacts& f) { f.hasPkexec = f.hasAskpass = f.hasTerminal = false; }),
+              Elevation::SudoWithoutAsk);
+    EXPECT_EQ(chosen([](ElevationFacts& f) { f.hasPkexec = f.hasSudo = false; }), Elevation::None);
+    EXPECT_EQ(platform::chooseElevation({}), Elevation::None);
+}
+
+TEST(Elevation, commandsEndTheHelpersOptions) {
+    const auto words = [](Elevation elevation) {
+        const auto command = platform::elevatedCommand(elevation, "/bin/rm", {"-rf", "--", "/x y"});
+        std::string line = command.path;
+        for (const std::string& word : command.arguments) {
+            line += '|' + word;
+        }
+        return line;
+    };
+    EXPECT_EQ(words(Elevation::Direct), "/bin/rm|-rf|--|/x y");
+    EXPECT_EQ(words(Elevation::Pkexec), "/usr/bin/pkexec|/bin/rm|-rf|--|/x y");
+    EXPECT_EQ(words(Elevation::SudoAskpass), "/usr/bin/sudo|-A|--|/bin/rm|-rf|--|/x y");
+    EXPECT_EQ(words(Elevation::SudoTerminal), "/usr/bin/sudo|--|/bin/rm|-rf|--|/x y");
+    EXPECT_EQ(words(Elevation::SudoWithoutAsk), "/usr/bin/sudo|-n|--|/bin/rm|-rf|--|/x y");
+}
+
+TEST(Elevation, environmentHoldsNothingThatChangesTools) {
+    const TestEnvironment environment{
+        {"PATH", "/evil"},       {"LD_PRELOAD", ""},       {"IFS", "x"},
+        {"DISPLAY", ":5"},       {"SUDO_ASKPASS", "/ask"}, {"XAUTHORITY", std::nullopt},
+        {"WAYLAND_DISPLAY", ""}, {"HOME", "/home/zoe"},    {"XDG_RUNTIME_DIR", "/run/x"},
+        {"TERM", "vt100"},       {"LC_ALL", "fr_FR"},      {"DBUS_SESSION_BUS_ADDRESS", "bus"}};
+    const std::vector<std::string> fixed{"PATH=/usr/sbin:/usr/bin:/sbin:/bin", "LC_ALL=C"};
+    EXPECT_EQ(platform::elevatedEnvironment(Elevation::Direct), fixed);
+    const std::vector<std::string> asking{fixed[0],
+                                          fixed[1],
+                                          "DISPLAY=:5",
+                                          "XDG_RUNTIME_DIR=/run/x",
+                                          "DBUS_SESSION_BUS_ADDRESS=bus",
+                                          "SUDO_ASKPASS=/ask",
+                                          "TERM=vt100",
+                                          "HOME=/home/zoe"};
+    EXPECT_EQ(platform::elevatedEnvironment(Elevation::Pkexec), asking);
+}
+
+// Runs tools for real, which asks nobody only as root.
+class Privileges : public ::testing::Test {
+protected:
+    void SetUp() override {
+        if (::geteuid() != 0) {
+            GTEST_SKIP() << "needs to run as root";
+        }
+        ASSERT_EQ(authorization.create(reference), Authorization::success);
+    }
+    bool execute(const std::string& tool, const std::vector<std::string>& arguments) {
+        return authorization.executeWithPrivileges(*reference, tool, arguments);
+    }
+    std::optional<int> statusOf(const std::string& script) {
+        return execute("/bin/sh", {"-c", script, "sh", folder.path()}) ? authorization.wait() : std::nullopt;
+    }
+
+    TestFolder folder;
+    LinuxAuthorization authorization;
+    std::shared_ptr<AuthorizationRef> reference;
+};
+
+TEST_F(Privileges, rawStatusesComeBack) {
+    EXPECT_EQ(statusOf("exit 0"), 0);
+    EXPECT_EQ(statusOf("exit 3"), 0x0300);
+    EXPECT_EQ(statusOf("kill -9 $$"), 9);
+    EXPECT_EQ(authorization.wait(), std::nullopt) << "no child is left";
+}
+
+TEST_F(Privileges, onlyPlainAbsoluteToolsAreStarted) {
+    using namespace std::string_literals;
+    for (const std::string& tool :
+         {""s, "rm"s, "/no/such/tool"s, folder.write("plain", "x"), folder.path(), "/bin/rm\0x"s}) {
+        EXPECT_FALSE(execute(tool, {})) << tool;
+    }
+    EXPECT_FALSE(execute("/bin/rm", {"-rf", folder.path("\0x"s)})) << "it would be cut to the folder";
+    EXPECT_TRUE(std::filesystem::exists(folder.path()));
+    class : public AuthorizationRef {
+    } stranger;
+    EXPECT_FALSE(authorization.executeWithPrivileges(stranger, "/bin/true", {}));
+    EXPECT_EQ(authorization.wait(), std::nullopt);
+}
+
+TEST_F(Privileges, toolsInheritNothing) {
+    const TestEnvironment environment{{"SECRET", "1"}, {"HOME", "/root"}};
+    const int leaked = ::fcntl(STDERR_FILENO, F_DUPFD, 50);
+    sigset_t blocked;
+    ::sigemptyset(&blocked);
+    ::sigaddset(&blocked, SIGTERM);
+    ::pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
+    const auto previous = std::signal(SIGPIPE, SIG_IGN);
+    EXPECT_EQ(statusOf("cd \"$1\"; env -u PWD -u OLDPWD -u _ | sort > env; "
+                       "echo $(readlink /proc/$$/fd/0 /proc/$$/fd/1) > streams"),
+              0);
+    EXPECT_EQ(statusOf("ls /proc/self/fd > \"$1/descriptors\""), 0);
+    // Without a shell, which changes signals itself.
+    EXPECT_TRUE(execute("/bin/cp", {"/proc/self/status", folder.path()}));
+    EXPECT_EQ(authorization.wait(), 0);
+    EXPECT_EQ(statusOf("pwd > \"$1/cwd\""), 0);
+    std::signal(SIGPIPE, previous);
+    ::pthread_sigmask(SIG_UNBLOCK, &blocked, nullptr);
+    ::close(leaked);
+    EXPECT_EQ(folder.read("env"), "LC_ALL=C\nPATH=/usr/sbin:/usr/bin:/sbin:/bin\n");
+    EXPECT_EQ(folder.read("streams"), "/dev/null /dev/null\n");
+    EXPECT_EQ(folder.read("cwd"), "/\n");
+    EXPECT_EQ(folder.read("descriptors"), "0\n1\n2\n3\n") << "3 is the listed folder";
+    EXPECT_NE(folder.read("status").find("\nSigBlk:\t0000000000000000\n"), std::string::npos);
+    const std::string ignored = folder.read("status").substr(folder.read("status").find("SigIgn:\t") + 8, 16);
+    EXPECT_EQ(std::stoull(ignored, nullptr, 16) & (1ULL << (SIGPIPE - 1)), 0U);
+}
+
+TEST_F(Privileges, chownIsFoundWhereTheSystemKeepsIt) {
+    const std::string file = folder.write("file", "");
+    ASSERT_TRUE(execute("/usr/sbin/chown", {"-R", "12345:54321", file}));
+    EXPECT_EQ(authorization.wait(), 0);
+    struct stat status {};
+    ASSERT_EQ(::stat(file.c_str(), &status), 0);
+    EXPECT_EQ(status.st_uid, 12345U);
+    EXPECT_EQ(status.st_gid, 54321U);
+}
+
+TEST_F(Privileges, childrenOfOtherThreadsAreTheirOwn) {
+    pid_t child = -1;
+    std::string name = "/bin/true";
+    char* arguments[] = {name.data(), nullptr};
+    ASSERT_EQ(::posix_spawn(&child, name.c_str(), nullptr, nullptr, arguments, environ), 0);
+    siginfo_t ended{};
+    ASSERT_EQ(::waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOWAIT), 0) << "ready to be taken";
+    std::optional<int> status;
+    std::thread([&] { status = statusOf("sleep 0.3; exit 7"); }).join();
+    EXPECT_EQ(status, 0x0700);
+    EXPECT_EQ(::waitpid(child, nullptr, 0), child) << "still there for its own thread";
+}
+
+TEST_F(Privileges, theChildSignalIsSetBackExactly) {
+    struct sigaction before {};
+    before.sa_handler = SIG_IGN;
+    before.sa_flags = SA_RESTART | SA_NOCLDWAIT;
+    struct sigaction original {};
+    ::sigaction(SIGCHLD, &before, &original);
+    const auto restore = authorization.useDefaultChildSignal();
+    EXPECT_EQ(statusOf("exit 5"), 0x0500) << "it would vanish unseen otherwise";
+    restore();
+    struct sigaction after {};
+    ::sigaction(SIGCHLD, &original, &after);
+    EXPECT_EQ(after.sa_handler, SIG_IGN);
+    EXPECT_EQ(after.sa_flags & (SA_RESTART | SA_NOCLDWAIT), SA_RESTART | SA_NOCLDWAIT);
+}
+
+} // namespace

@@ -1,0 +1,155 @@
+#include "platform/qtcore/FileManager.h"
+
+#include "tests/contract/TestFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusVirtualObject>
+#include <QStringList>
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <optional>
+#include <string>
+#include <thread>
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+using platform::showInFileManager;
+
+constexpr const char* serviceName = "org.freedesktop.FileManager1";
+
+// A session bus of the test's own.
+class Bus {
+public:
+    explicit Bus(const std::string& configuration) {
+        std::array<int, 2> pipe{};
+        EXPECT_EQ(::pipe2(pipe.data(), O_CLOEXEC), 0);
+        posix_spawn_file_actions_t actions;
+        ::posix_spawn_file_actions_init(&actions);
+        ::posix_spawn_file_actions_adddup2(&actions, pipe[1], STDOUT_FILENO);
+        ::posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+        std::array<std::string, 4> words{"dbus-daemon", "--nofork", "--print-address=1",
+                                         "--config-file=" + configuration};
+        std::array<char*, 5> arguments{words[0].data(), words[1].data(), words[2].data(), words[3].data(), nullptr};
+        EXPECT_EQ(::posix_spawn(&processId_, "/usr/bin/dbus-daemon", &actions, nullptr, arguments.data(), environ), 0);
+        ::posix_spawn_file_actions_destroy(&actions);
+        ::close(pipe[1]);
+        char byte = 0;
+        while (::read(pipe[0], &byte, 1) == 1 && byte != '\n') {
+            address_ += byte;
+        }
+        ::close(pipe[0]);
+    }
+    ~Bus() {
+        ::kill(processId_, SIGKILL);
+        ::waitpid(processId_, nullptr, 0);
+    }
+    Bus(const Bus&) = delete;
+    Bus& operator=(const Bus&) = delete;
+
+    const std::string& address() const { return address_; }
+
+private:
+    pid_t processId_ = -1;
+    std::string address_;
+};
+
+class FileManager : public QDBusVirtualObject {
+public:
+    QString introspect(const QString& /*path*/) const override { return {}; }
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
+        shown = message.arguments().value(0).toStringList();
+        return !answers || connection.send(message.createReply());
+    }
+
+    bool answers = true;
+    QStringList shown;
+};
+
+// Asks from another thread, as the program does, while this one serves.
+bool ask(const std::string& uri) {
+    std::atomic<int> answer = -1;
+    std::thread asking([&] { answer = showInFileManager(uri) ? 1 : 0; });
+    while (answer < 0) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+    }
+    asking.join();
+    return answer == 1;
+}
+
+TEST(FileManager, isAskedOverTheSessionBus) {
+    const tests::TestFolder folder;
+    {
+        const tests::TestEnvironment none{{"DBUS_SESSION_BUS_ADDRESS", std::nullopt},
+                                          {"XDG_RUNTIME_DIR", folder.path()}};
+        EXPECT_FALSE(showInFileManager("file:///tmp")) << "without a bus";
+    }
+    if (::access("/usr/bin/dbus-daemon", X_OK) != 0) {
+        GTEST_SKIP() << "needs dbus-daemon";
+    }
+    const Bus bus(folder.write(
+        "bus.conf", "<busconfig><type>session</type><listen>unix:path=" + folder.path() +
+                        "/bus</listen><policy context=\"default\"><allow send_destination=\"*\" eavesdrop=\"true\"/>"
+                        "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>"));
+    const tests::TestEnvironment environment{{"DBUS_SESSION_BUS_ADDRESS", bus.address()}};
+    EXPECT_FALSE(ask("file:///tmp/a")) << "without a file manager";
+
+    FileManager manager;
+    QDBusConnection connection = QDBusConnection::connectToBus(QString::fromStdString(bus.address()), "manager");
+    ASSERT_TRUE(connection.registerVirtualObject("/org/freedesktop/FileManager1", &manager));
+    ASSERT_TRUE(connection.registerService(serviceName));
+    EXPECT_TRUE(ask("file:///tmp/a%20b"));
+    EXPECT_EQ(manager.shown, QStringList("file:///tmp/a%20b"));
+    {
+        const tests::TestEnvironment usual{{"DBUS_SESSION_BUS_ADDRESS", std::nullopt},
+                                           {"XDG_RUNTIME_DIR", folder.path()}};
+        EXPECT_TRUE(ask("file:///tmp/b")) << "a bus at the usual place";
+    }
+
+    manager.answers = false;
+    EXPECT_FALSE(ask("file:///tmp/c")) << "a file manager that never answers";
+    connection.unregisterObject("/org/freedesktop/FileManager1");
+    EXPECT_FALSE(ask("file:///tmp/d")) << "a file manager that knows nothing of it";
+}
+
+TEST(FileManager, aBusThatNeverAnswersIsLeft) {
+    const tests::TestFolder folder;
+    struct sockaddr_un place {};
+    place.sun_family = AF_UNIX;
+    folder.path("bus").copy(&place.sun_path[0], sizeof(place.sun_path) - 1);
+    const int listener = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    ASSERT_EQ(::bind(listener, reinterpret_cast<const struct sockaddr*>(&place), sizeof(place)), 0);
+    ASSERT_EQ(::listen(listener, 5), 0);
+    const tests::TestEnvironment environment{{"DBUS_SESSION_BUS_ADDRESS", "unix:path=" + folder.path("bus")}};
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_FALSE(showInFileManager("file:///tmp"));
+    const auto duration = std::chrono::steady_clock::now() - start;
+    EXPECT_GE(duration, std::chrono::seconds(1)) << "a slow one gets its chance";
+    EXPECT_LT(duration, std::chrono::seconds(15));
+    ::close(listener);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+#ifdef __SANITIZE_THREAD__
+    // The bus library hands its data between threads with locks that the sanitizer does not see.
+    ::testing::GTEST_FLAG(filter) = "-*";
+#endif
+    const QCoreApplication application(argc, argv);
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}

@@ -1,0 +1,227 @@
+// What the real task services promise beyond their fake: what a child is given, and how it ends.
+
+#include "platform/posix/PosixTasks.h"
+#include "platform/posix/PosixRunLoop.h"
+#include "tests/contract/TasksWorld.h"
+#include "tests/contract/TestFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+using namespace std::chrono_literals;
+using tests::RunningTask;
+
+namespace {
+
+class PosixTasks : public testing::Test {
+protected:
+    // Tests before may have left tools that nobody waits for any more; they are ending.
+    PosixTasks() {
+        while (::waitpid(-1, nullptr, 0) > 0) {
+        }
+    }
+
+    RunningTask task(std::vector<std::string> steps, std::optional<std::string> directory = std::nullopt) {
+        platform::TaskDescription description;
+        description.path = TASK_TEST_PROGRAM;
+        description.arguments = std::move(steps);
+        description.directory = std::move(directory);
+        return {tasks_, std::make_shared<platform::PosixRunLoop>(), description};
+    }
+
+    // The output of a task that succeeds.
+    std::string outputOf(std::vector<std::string> steps, std::optional<std::string> directory = std::nullopt) {
+        RunningTask running = task(std::move(steps), std::move(directory));
+        if (!running.launch())
+            return "not started";
+        running.input().closeWriting();
+        running.runToTheEnd();
+        EXPECT_EQ(running.statuses, std::vector<int>{0});
+        return running.outputs.front();
+    }
+
+    // A line of what a task tells of its surroundings.
+    static std::string line(const std::string& surroundings, const std::string& key) {
+        const std::size_t begin = surroundings.find(key + ' ');
+        if (begin == std::string::npos)
+            return "none";
+        const std::size_t value = begin + key.size() + 1;
+        return surroundings.substr(value, surroundings.find('\n', value) - value);
+    }
+
+    // No child is left, running or ended.
+    static bool hasNoChild() { return ::waitpid(-1, nullptr, WNOHANG) < 0 && errno == ECHILD; }
+
+    tests::TestFolder folder_;
+    platform::PosixTasks tasks_;
+};
+
+// A failing tool closes its output a moment before its status can be had. Whoever waits no longer than this for it must
+// know it, however the two come in.
+TEST_F(PosixTasks, TheStatusIsKnownSoonAfterTheOutput) {
+    for (int run = 0; run < 200; ++run) {
+        const auto loop = std::make_shared<platform::PosixRunLoop>();
+        platform::TaskDescription description;
+        description.path = TASK_TEST_PROGRAM;
+        description.arguments = {"print", "x", "exit", "1"};
+        RunningTask running(tasks_, loop, description);
+        ASSERT_TRUE(running.launch());
+        running.runUntilOutput();
+        if (running.statuses.empty())
+            loop->runOnce(5s);
+        ASSERT_EQ(running.statuses, std::vector<int>{1});
+    }
+    EXPECT_TRUE(hasNoChild());
+}
+
+TEST_F(PosixTasks, ArgumentsArriveAsTheyAre) {
+    EXPECT_EQ(outputOf({"arguments", "", "two words", "$HOME;*", "\xff\n"}),
+              std::string("\0two words\0$HOME;*\0\xff\n\0", 22));
+    EXPECT_FALSE(task({std::string("print\0", 6)}).launch());
+}
+
+TEST_F(PosixTasks, AChildIsGivenItsStreamsAndNothingElse) {
+    const int foreign = ::open("/dev/null", O_RDONLY);
+    std::signal(SIGUSR1, SIG_IGN);
+    sigset_t blocked{};
+    ::sigemptyset(&blocked);
+    ::sigaddset(&blocked, SIGUSR2);
+    ::pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
+    const std::string found = outputOf({"surroundings"}, folder_.path());
+    ASSERT_TRUE(tasks_.launchDetached({TASK_TEST_PROGRAM, {"report", folder_.path("report")}, {}, {}, {}}));
+    while (!std::filesystem::exists(folder_.path("report")))
+        std::this_thread::sleep_for(1ms);
+    const std::string detached = folder_.read("report");
+    ::pthread_sigmask(SIG_UNBLOCK, &blocked, nullptr);
+    std::signal(SIGUSR1, SIG_DFL);
+    ::close(foreign);
+
+    EXPECT_EQ(line(found, "descriptors"), "0 1 2 ");
+    EXPECT_EQ(line(found, "signals"), "");
+    EXPECT_EQ(line(found, "folder"), folder_.path());
+    EXPECT_EQ(line(found, "parent"), std::to_string(::getpid()));
+    EXPECT_EQ(line(found, "ownGroup"), "1");
+
+    EXPECT_EQ(line(detached, "descriptors"), "0 1 2 ");
+    EXPECT_EQ(line(detached, "signals"), "");
+    EXPECT_EQ(line(detached, "folder"), "/");
+    EXPECT_NE(line(detached, "parent"), std::to_string(::getpid()));
+    EXPECT_NE(line(detached, "session"), std::to_string(::getsid(0)));
+    EXPECT_EQ(line(detached, "session"), line(detached, "group"));
+    EXPECT_EQ(line(detached, "streams"), "/dev/null /dev/null /dev/null");
+}
+
+TEST_F(PosixTasks, WhatCannotBeStartedLeavesNothingBehind) {
+    const std::string plain = folder_.write("plain", "#!/bin/sh\n");
+    const std::string noProgram = folder_.write("noProgram", "neither script nor program", true);
+    const std::string badScript = folder_.write("badScript", "#!/missing/interpreter\n", true);
+    const std::string tool = TASK_TEST_PROGRAM;
+    for (const auto& [path, directory] :
+         std::initializer_list<std::pair<std::string, std::optional<std::string>>>{{"/missing/tool", {}},
+                                                                                   {plain, {}},
+                                                                                   {noProgram, {}},
+                                                                                   {badScript, {}},
+                                                                                   {folder_.path(), {}},
+                                                                                   {"sh", {}},
+                                                                                   {"", {}},
+                                                                                   {tool, folder_.path("missing")},
+                                                                                   {tool, plain}}) {
+        platform::TaskDescription description{path, {}, directory, nullptr, nullptr};
+        RunningTask running(tasks_, std::make_shared<platform::PosixRunLoop>(), description);
+        EXPECT_FALSE(running.launch()) << path;
+        EXPECT_FALSE(tasks_.launchDetached(description)) << path;
+        EXPECT_FALSE(tasks_.launch(description, nullptr, {})) << path;
+    }
+    EXPECT_TRUE(hasNoChild());
+}
+
+// The step that runs tools with administrator rights takes whichever child of its thread ends first.
+TEST_F(PosixTasks, ADetachedToolIsNeverAChildAndOtherThreadsChildrenAreTheirOwn) {
+    ASSERT_TRUE(tasks_.launchDetached({TASK_TEST_PROGRAM, {"flood", "1000000"}, {}, {}, {}}));
+    EXPECT_TRUE(hasNoChild());
+    RunningTask running = task({"waitForEndOfInput"});
+    ASSERT_TRUE(running.launch());
+    std::thread([] {
+        EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG | __WNOTHREAD), -1);
+        EXPECT_EQ(errno, ECHILD);
+    }).join();
+    running.input().closeWriting();
+    running.runToTheEnd();
+}
+
+TEST_F(PosixTasks, LargeInputAndOutputPassAtTheSameTime) {
+    std::string bytes(3000000, 'x');
+    for (std::size_t at = 0; at < bytes.size(); at += 1000)
+        bytes[at] = static_cast<char>(at / 1000);
+    RunningTask running = task({"repeatInput"});
+    ASSERT_TRUE(running.launch());
+    EXPECT_TRUE(running.input().write(bytes));
+    running.input().closeWriting();
+    running.runToTheEnd();
+    EXPECT_TRUE(running.outputs.front() == bytes);
+    EXPECT_EQ(outputOf({"flood", "10000000"}).size(), 10000000U);
+}
+
+TEST_F(PosixTasks, ASignalThatEndsAToolIsItsStatus) {
+    for (const int number : {SIGKILL, SIGTERM, SIGPIPE}) {
+        RunningTask running = task({"signal", std::to_string(number)});
+        ASSERT_TRUE(running.launch());
+        running.runToTheEnd();
+        EXPECT_EQ(running.statuses, std::vector<int>{number});
+    }
+}
+
+// Neither the runner nor the services have to wait for a tool that keeps running.
+TEST_F(PosixTasks, RunnersAndServicesMayGoBeforeTheTool) {
+    auto tasks = std::make_unique<platform::PosixTasks>();
+    const auto loop = std::make_shared<platform::PosixRunLoop>();
+    const auto seen = std::make_shared<std::vector<std::string>>();
+    const auto launch = [&] {
+        platform::TaskDescription description{TASK_TEST_PROGRAM, {"waitForEndOfInput", "print", "x"}, {}, {}, {}};
+        description.standardInput = tasks->makePipe();
+        description.standardOutput = tasks->makePipe();
+        description.standardOutput->readToEndInBackground(loop,
+                                                          [seen](const std::string& text) { seen->push_back(text); });
+        EXPECT_TRUE(tasks->launch(description, loop, [seen](int) { seen->push_back("ended"); }));
+        return description.standardInput;
+    };
+    // Dropping the pipes is the end of the input.
+    launch().reset();
+    while (seen->size() < 2)
+        ASSERT_TRUE(loop->runOnce(1min));
+    EXPECT_EQ(std::count(seen->begin(), seen->end(), "x"), 1);
+    EXPECT_EQ(std::count(seen->begin(), seen->end(), "ended"), 1);
+
+    std::shared_ptr<platform::Pipe> input = launch();
+    tasks.reset();
+    EXPECT_EQ(seen.use_count(), 1);
+    EXPECT_FALSE(loop->runOnce(0ms));
+    input.reset();
+    EXPECT_GT(::waitpid(-1, nullptr, 0), 0);
+}
+
+TEST_F(PosixTasks, RunLoopsRunInOrderAndEndTheirWait) {
+    platform::PosixRunLoop loop;
+    EXPECT_FALSE(loop.runOnce(0ms));
+    std::string order;
+    loop.post([&] {
+        order += 'a';
+        loop.post([&] { order += 'c'; });
+    });
+    loop.post([&] { order += 'b'; });
+    for (int event = 0; event < 3; ++event)
+        EXPECT_TRUE(loop.runOnce(0ms));
+    EXPECT_EQ(order, "abc");
+    std::thread late([&] { loop.post([&] { order += 'd'; }); });
+    EXPECT_TRUE(loop.runOnce(std::chrono::milliseconds::max()));
+    late.join();
+    EXPECT_EQ(order, "abcd");
+}
+
+} // namespace

@@ -1,0 +1,134 @@
+#include "tests/contract/TransfersTest.h"
+
+#include <algorithm>
+#include <chrono>
+
+namespace tests {
+
+namespace {
+
+void note(std::string& text, const std::string& message) {
+    if (message == "data" && text.ends_with("data "))
+        return;
+    text += message + ' ';
+}
+
+} // namespace
+
+void MainQueue::performOnMain(std::function<void()> step) {
+    const std::lock_guard lock(mutex_);
+    steps_.push_back(std::move(step));
+    added_.notify_all();
+}
+
+void MainQueue::performInBackground(std::function<void()> /*step*/) {
+    ADD_FAILURE() << "transfers have a thread of their own";
+}
+
+bool MainQueue::runUntil(const std::function<bool()>& condition) {
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    std::unique_lock lock(mutex_);
+    while (!condition()) {
+        if (!added_.wait_until(lock, limit, [this] { return !steps_.empty(); }))
+            return false;
+        auto step = std::move(steps_.front());
+        steps_.pop_front();
+        lock.unlock();
+        step();
+        step = nullptr;
+        lock.lock();
+    }
+    return true;
+}
+
+void DownloadNotes::downloadDidReceiveResponse(std::int64_t expectedContentLength) {
+    note(text, "response " + std::to_string(expectedContentLength));
+}
+
+void DownloadNotes::downloadDidReceiveDataOfLength(std::uint64_t length) {
+    note(text, "data");
+    lengths.push_back(length);
+    received += length;
+}
+
+bool DownloadNotes::downloadShouldDecodeSourceDataOfMIMEType(const std::string& /*type*/) {
+    ADD_FAILURE() << "nothing is ever unpacked";
+    return false;
+}
+
+void DownloadNotes::downloadDidFinish() {
+    note(text, "finish");
+    ended = true;
+}
+
+void DownloadNotes::downloadDidFailWithError(const foundation::Error& failure) {
+    note(text, "fail " + std::to_string(failure.code));
+    error = failure;
+    ended = true;
+}
+
+void ConnectionNotes::connectionDidReceiveResponse() {
+    note(text, "response");
+}
+
+void ConnectionNotes::connectionDidReceiveData(std::string_view data) {
+    note(text, "data");
+    answer += data;
+}
+
+void ConnectionNotes::connectionDidFinishLoading() {
+    note(text, "finish");
+    ended = true;
+}
+
+void ConnectionNotes::connectionDidFailWithError(const foundation::Error& error) {
+    note(text, "fail " + std::to_string(error.code));
+    ended = true;
+}
+
+std::string failure(std::int64_t code) {
+    return "fail " + std::to_string(code) + ' ';
+}
+
+platform::CurlTransfers& TransfersTest::transfers() {
+    if (!transfers_)
+        transfers_ = std::make_unique<platform::CurlTransfers>(main_, limits_);
+    return *transfers_;
+}
+
+std::shared_ptr<DownloadNotes> TransfersTest::startDownload(const std::string& url, const std::string& name) {
+    auto notes = std::make_shared<DownloadNotes>();
+    transfers().startDownload(*foundation::URL::withString(url), notes)->setDestination(folder_.path(name), true);
+    return notes;
+}
+
+std::shared_ptr<DownloadNotes> TransfersTest::download(const std::string& url, const std::string& name) {
+    auto notes = startDownload(url, name);
+    EXPECT_TRUE(main_.runUntil([&] { return notes->ended; })) << url;
+    return notes;
+}
+
+std::shared_ptr<ConnectionNotes> TransfersTest::post(const std::string& url, const std::string& body) {
+    auto notes = std::make_shared<ConnectionNotes>();
+    const platform::PostRequest request{*foundation::URL::withString(url), "content-type", "text/x-test", body};
+    EXPECT_TRUE(transfers().startPost(request, notes));
+    EXPECT_TRUE(main_.runUntil([&] { return notes->ended; })) << url;
+    return notes;
+}
+
+std::optional<std::string> TransfersTest::fetch(const std::string& url) {
+    return transfers().dataWithContentsOfURL(*foundation::URL::withString(url));
+}
+
+std::string TransfersTest::filesInFolder() const {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder_.path()))
+        names.push_back(entry.path().filename());
+    std::ranges::sort(names);
+    std::string text;
+    for (const auto& name : names)
+        text += name + ' ';
+    return text;
+}
+
+} // namespace tests

@@ -1,0 +1,289 @@
+#include "platform/linux/LinuxWorkspace.h"
+
+#include "platform/linux/LinuxDiskImages.h"
+#include "platform/posix/PosixFileChanges.h"
+#include "platform/posix/PosixTasks.h"
+#include "platform/qtcore/QtBundles.h"
+#include "tests/contract/TestFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+#include <functional>
+#include <thread>
+
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+using foundation::URL;
+using platform::LinuxWorkspace;
+using platform::RunningApplication;
+using tests::TestEnvironment;
+using tests::TestFolder;
+
+constexpr auto patience = std::chrono::seconds(20);
+
+bool becomesTrue(const std::function<bool()>& condition) {
+    const auto end = std::chrono::steady_clock::now() + patience;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end) {
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return true;
+}
+
+std::string information(const std::string& identifier, const std::string& executable = "run") {
+    return "<plist><dict><key>CFBundleIdentifier</key><string>" + identifier +
+           "</string><key>CFBundleExecutable</key><string>" + executable + "</string></dict></plist>";
+}
+
+// A child of the test that ends with it.
+class Child {
+public:
+    Child(std::vector<std::string> command, const std::string& folder = "/") {
+        std::vector<char*> arguments;
+        for (std::string& word : command) {
+            arguments.push_back(word.data());
+        }
+        arguments.push_back(nullptr);
+        posix_spawn_file_actions_t actions;
+        ::posix_spawn_file_actions_init(&actions);
+        ::posix_spawn_file_actions_addchdir_np(&actions, folder.c_str());
+        EXPECT_EQ(::posix_spawn(&processId_, arguments[0], &actions, nullptr, arguments.data(), environ), 0);
+        ::posix_spawn_file_actions_destroy(&actions);
+    }
+    ~Child() {
+        ::kill(processId_, SIGKILL);
+        ::waitpid(processId_, nullptr, 0);
+    }
+    Child(const Child&) = delete;
+    Child& operator=(const Child&) = delete;
+
+    int processId() const { return processId_; }
+
+private:
+    pid_t processId_ = -1;
+};
+
+class Workspace : public ::testing::Test {
+protected:
+    bool isRunning(int processId, const std::string& identifier = "example.app") {
+        return find(processId, identifier).has_value();
+    }
+    std::optional<RunningApplication> find(int processId, const std::string& identifier = "example.app") {
+        for (const RunningApplication& application : workspace.runningApplications(identifier)) {
+            if (application.processId == processId) {
+                return application;
+            }
+        }
+        return std::nullopt;
+    }
+    // A script whose shell waits without any further process until it is killed.
+    std::string waitingScript(const std::string& firstLine, const std::string& preparation = {}) {
+        return firstLine + '\n' + preparation + "while :; do read line < '" + folder.path("never") + "'; done\n";
+    }
+    void SetUp() override { ASSERT_EQ(::mkfifo(folder.path("never").c_str(), 0600), 0); }
+
+    std::string copyProgram(const std::string& name) {
+        const std::filesystem::path place = folder.path(name);
+        std::filesystem::create_directories(place.parent_path());
+        std::filesystem::copy_file("/bin/sleep", place);
+        return place;
+    }
+
+    TestFolder folder;
+    std::string app = folder.path("My App.app");
+    platform::QtBundles bundles{{"en"}, folder.path()};
+    platform::PosixTasks tasks;
+    platform::PosixFileChanges changes{platform::ProtectedPaths{}};
+    std::vector<std::string> shown;
+    bool canShow = true;
+    LinuxWorkspace workspace{bundles, tasks, changes, [this](const std::string& uri) {
+                                 shown.push_back(uri);
+                                 return canShow;
+                             }};
+};
+
+TEST_F(Workspace, findsProgramsAndScriptsOfTheBundle) {
+    folder.write("My App.app/Contents/Info.plist", information("example.app"));
+    const std::string program = copyProgram("My App.app/Contents/MacOS/run");
+    folder.write("My App.app/Contents/MacOS/script", waitingScript("#!/bin/sh -e"), true);
+    folder.write("My App.app/Contents/MacOS/wrapped", waitingScript("#!/usr/bin/env sh"), true);
+    const Child compiled({program, "600"});
+    const Child script({app + "/Contents/MacOS/script"});
+    const Child relative({"./MacOS/script"}, app + "/Contents");
+    const Child wrapped({app + "/Contents/MacOS/wrapped"});
+    for (const Child* child : {&compiled, &script, &relative, &wrapped}) {
+        EXPECT_TRUE(becomesTrue([&] { return isRunning(child->processId()); }));
+    }
+    std::filesystem::remove(program);
+    EXPECT_TRUE(isRunning(compiled.processId())) << "a deleted program still runs";
+
+    std::filesystem::copy_file("/bin/sh", folder.path("shell"));
+    folder.write("My App.app/Contents/MacOS/kept", waitingScript("#!" + folder.path("shell")), true);
+    const Child kept({app + "/Contents/MacOS/kept"});
+    EXPECT_TRUE(becomesTrue([&] { return isRunning(kept.processId()); }));
+    std::filesystem::remove(folder.path("shell"));
+    std::filesystem::copy_file("/bin/sh", folder.path("shell"));
+    EXPECT_TRUE(isRunning(kept.processId())) << "with an interpreter that was updated since";
+}
+
+TEST_F(Workspace, leavesOtherProgramsOut) {
+    folder.write("My App.app/Contents/Info.plist", information("example.app"));
+    const std::string script = folder.write("My App.app/Contents/MacOS/script", waitingScript("#!/bin/sh"), true);
+    const std::string inner = "My App.app/Contents/Helpers/Agent.app/Contents";
+    folder.write(inner + "/Info.plist", information("example.agent"));
+    folder.write("Broken.app/Contents/Info.plist", "nothing");
+    const Child viewer({"/usr/bin/tail", "-f", script});
+    const Child agent({copyProgram(inner + "/MacOS/run"), "600"});
+    const Child broken({copyProgram("Broken.app/Contents/MacOS/run"), "600"});
+    const Child ended({copyProgram("My App.app/Contents/MacOS/run"), "0"});
+    EXPECT_TRUE(becomesTrue([&] { return isRunning(agent.processId(), "example.agent"); }));
+    EXPECT_TRUE(becomesTrue([&] { return !isRunning(ended.processId()); })) << "ended, though nobody waited for it";
+    for (const Child* child : {&viewer, &agent, &broken}) {
+        EXPECT_FALSE(isRunning(child->processId()));
+    }
+    EXPECT_TRUE(workspace.runningApplications("example.missing").empty());
+}
+
+TEST_F(Workspace, asksProgramsToQuit) {
+    folder.write("My App.app/Contents/Info.plist", information("example.app"));
+    folder.write("My App.app/Contents/MacOS/stubborn",
+                 waitingScript("#!/bin/sh", "trap '' TERM\necho > '" + folder.path("ready") + "'\n"), true);
+    const Child obedient({copyProgram("My App.app/Contents/MacOS/run"), "600"});
+    const Child stubborn({app + "/Contents/MacOS/stubborn"});
+    ASSERT_TRUE(becomesTrue([&] { return std::filesystem::exists(folder.path("ready")); }));
+
+    auto other = find(obedient.processId()).value();
+    ++other.startTime;
+    workspace.terminate(other);
+    EXPECT_TRUE(isRunning(obedient.processId())) << "a later process with the same number";
+    workspace.terminate(*find(obedient.processId()));
+    EXPECT_TRUE(becomesTrue([&] { return !isRunning(obedient.processId()); }));
+
+    const auto start = std::chrono::steady_clock::now();
+    workspace.terminate(*find(stubborn.processId()));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(40)) << "or asking would spin";
+    EXPECT_TRUE(isRunning(stubborn.processId()));
+    workspace.terminate({stubborn.processId() + 1'000'000, 1});
+}
+
+TEST_F(Workspace, launchesABundleOnce) {
+    folder.write("My App.app/Contents/Info.plist", information("example.app"));
+    folder.write("My App.app/Contents/MacOS/run",
+                 "#!/bin/sh\necho \"$0 $# $PWD\" >> '" + folder.path("launches") + "'\nwhile ! [ -e '" +
+                     folder.path("stop") + "' ]; do sleep 0.05; done\n",
+                 true);
+    ASSERT_TRUE(workspace.launchApplication(app));
+    const std::string expected = app + "/Contents/MacOS/run 0 /\n";
+    EXPECT_TRUE(becomesTrue([&] { return folder.read("launches") == expected; }));
+    EXPECT_TRUE(workspace.launchApplication(app)) << "it runs already";
+    std::filesystem::create_directory_symlink(app, folder.path("Link.app"));
+    EXPECT_TRUE(workspace.launchApplication(folder.path("Link.app"))) << "under another name";
+    EXPECT_EQ(folder.read("launches"), expected);
+    folder.write("stop", "");
+    EXPECT_TRUE(becomesTrue([&] { return workspace.runningApplications("example.app").empty(); }));
+}
+
+TEST_F(Workspace, refusesBundlesThatCannotBeLaunched) {
+    folder.write("outside", "#!/bin/sh\n", true);
+    folder.write("My App.app/Contents/MacOS/plain", "#!/bin/sh\n");
+    EXPECT_FALSE(workspace.launchApplication(folder.path("Missing.app")));
+    for (const char* name : {"missing", "plain", "../../../outside", "", ".", ".."}) {
+        folder.write("My App.app/Contents/Info.plist", information("example.app", name));
+        EXPECT_FALSE(workspace.launchApplication(app)) << name;
+    }
+}
+
+// A desktop opener of the test's own, which notes what it was given.
+class Opener : public Workspace {
+protected:
+    void SetUp() override {
+        Workspace::SetUp();
+        folder.write("bin/xdg-open",
+                     "#!/bin/sh\nprintf '%s|' \"$#\" \"$@\" > '" + folder.path("opening") + "'\nmv '" +
+                         folder.path("opening") + "' '" + folder.path("opened") + "'\n",
+                     true);
+    }
+    std::string opened() {
+        EXPECT_TRUE(becomesTrue([&] { return std::filesystem::exists(folder.path("opened")); }));
+        std::string text = folder.read("opened");
+        std::filesystem::remove(folder.path("opened"));
+        return text;
+    }
+    bool open(const std::string& url) { return workspace.openURL(URL::withString(url).value()); }
+
+    TestEnvironment environment{{"PATH", "/nowhere:" + folder.path("bin") + ":/usr/bin:/bin"}};
+};
+
+TEST_F(Opener, opensURLsWithoutAShell) {
+    const std::string url = "https://host/?a=1&b=$(reboot);'x'";
+    ASSERT_TRUE(open(url));
+    EXPECT_EQ(opened(), "1|" + url + '|');
+    EXPECT_FALSE(open("--help"));
+    EXPECT_FALSE(open(""));
+}
+
+TEST_F(Opener, isLookedUpInAbsoluteFoldersOnly) {
+    const std::filesystem::path previous = std::filesystem::current_path();
+    std::filesystem::current_path(folder.path());
+    for (const char* path : {"bin:", "", ":.:bin", "/nowhere"}) {
+        const TestEnvironment relative{{"PATH", path}};
+        EXPECT_FALSE(open("https://host/")) << path;
+    }
+    const TestEnvironment both{{"PATH", "elsewhere:" + folder.path("bin") + ":/usr/bin:/bin"}};
+    folder.write("elsewhere/xdg-open", "#!/bin/sh\n", true);
+    EXPECT_TRUE(open("https://host/")) << "a relative folder hides no absolute one";
+    EXPECT_EQ(opened(), "1|https://host/|");
+    std::filesystem::current_path(previous);
+}
+
+TEST_F(Opener, standsInForAFileManager) {
+    const std::string file = folder.write("some folder/a file é", "");
+    EXPECT_TRUE(workspace.selectFile(file, ""));
+    EXPECT_EQ(shown, std::vector{"file://" + folder.path("some%20folder/a%20file%20%C3%A9")});
+    EXPECT_FALSE(std::filesystem::exists(folder.path("opened")));
+
+    canShow = false;
+    EXPECT_TRUE(workspace.selectFile(file, ""));
+    EXPECT_EQ(opened(), "1|" + folder.path("some folder") + '|');
+
+    shown.clear();
+    EXPECT_FALSE(workspace.selectFile(folder.path("missing"), ""));
+    EXPECT_FALSE(workspace.selectFile("relative", ""));
+    EXPECT_TRUE(shown.empty());
+}
+
+TEST_F(Workspace, destroysOnlyWhatIsNamedAndThere) {
+    folder.write("place/file", "");
+    folder.write("place/tree/deep/file", "");
+    folder.write("place/kept", "");
+    folder.write("outside", "");
+    std::filesystem::create_symlink(folder.path("outside"), folder.path("place/link"));
+    for (const char* name : {"", ".", "..", "tree/deep", "../outside"}) {
+        EXPECT_FALSE(workspace.destroyFiles(folder.path("place"), {"file", name})) << name;
+    }
+    EXPECT_TRUE(std::filesystem::exists(folder.path("place/file"))) << "nothing is touched when a name is wrong";
+    EXPECT_FALSE(workspace.destroyFiles("", {"file"}));
+    EXPECT_FALSE(workspace.destroyFiles(folder.path("place"), {"missing", "file"}));
+    EXPECT_FALSE(std::filesystem::exists(folder.path("place/file"))) << "the others go all the same";
+    EXPECT_TRUE(workspace.destroyFiles(folder.path("place"), {"tree", "link"}));
+    EXPECT_TRUE(std::filesystem::exists(folder.path("outside")));
+    EXPECT_TRUE(std::filesystem::exists(folder.path("place/kept")));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path("place")), {}), 1);
+}
+
+TEST_F(Workspace, theDiskImageToolComesWithTheProgram) {
+    const bool hasSystemTool = std::filesystem::exists("/usr/bin/hdiutil");
+    EXPECT_EQ(platform::LinuxDiskImages(bundles).toolPath(),
+              hasSystemTool ? "/usr/bin/hdiutil" : folder.path("Contents/Helpers/hdiutil"));
+}
+
+} // namespace

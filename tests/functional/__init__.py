@@ -1,0 +1,1 @@
+"""Tests that drive the built program as a person would."""

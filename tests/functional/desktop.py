@@ -1,0 +1,74 @@
+"""A desktop without a monitor for the functional tests: a display, a window manager, keys and clicks."""
+from __future__ import annotations
+
+import os
+import shutil
+import subprocess
+import time
+from typing import Callable, List
+
+TOOLS = ("Xvfb", "openbox", "xdotool")
+
+
+def missing_tools() -> List[str]:
+    """The programs that a desktop needs and this machine lacks."""
+    return [tool for tool in TOOLS if shutil.which(tool) is None]
+
+
+def wait_until(holds: Callable[[], object], what: str, seconds: float = 20) -> None:
+    """Waits until the condition holds. Raises TimeoutError."""
+    deadline = time.monotonic() + seconds
+    while not holds():
+        if time.monotonic() > deadline:
+            raise TimeoutError(f"waited for {what}")
+        time.sleep(0.02)
+
+
+class Desktop:
+    """Runs while the `with` block does; `display` is its name."""
+
+    def __enter__(self) -> Desktop:
+        reading, writing = os.pipe()
+        self._server = subprocess.Popen(["Xvfb", "-displayfd", str(writing), "-screen", "0", "1280x800x24"],
+                                        pass_fds=[writing], stdin=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        os.close(writing)
+        with os.fdopen(reading) as numbers:
+            self.display = ":" + numbers.readline().strip()
+        self._manager = subprocess.Popen(["openbox"], env=self._environment(), stdin=subprocess.DEVNULL,
+                                         stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        wait_until(lambda: self._ask("getactivewindow") is not None or self._managed(), "the window manager")
+        return self
+
+    def __exit__(self, *_) -> None:
+        for process in (self._manager, self._server):
+            process.terminate()
+            process.wait()
+
+    def windows(self, process: int) -> List[str]:
+        """The process's windows that are on screen."""
+        found = self._ask("search", "--onlyvisible", "--pid", str(process), "--name", "Tolvix")
+        return found.split() if found else []
+
+    def wait_for_windows(self, process: int, count: int) -> List[str]:
+        """Waits until the process shows that many windows."""
+        wait_until(lambda: len(self.windows(process)) == count, f"{count} windows")
+        return self.windows(process)
+
+    def press(self, window: str, key: str) -> None:
+        """Presses the key in the window, once that has the keyboard."""
+        self._ask("windowactivate", "--sync", window)
+        self._ask("key", "--clearmodifiers", key)
+
+    def close(self, window: str) -> None:
+        """Lets the window manager close the window, as its close button does."""
+        self.press(window, "alt+F4")
+
+    def _managed(self) -> bool:
+        return self._ask("get_num_desktops") is not None
+
+    def _environment(self):
+        return {**os.environ, "DISPLAY": self.display}
+
+    def _ask(self, *words: str):
+        run = subprocess.run(["xdotool", *words], env=self._environment(), capture_output=True, text=True, timeout=30)
+        return run.stdout if run.returncode == 0 else None

@@ -1,0 +1,438 @@
+"""Drives the disk-image helper; its path comes from the environment variable TOLVIX_HDIUTIL."""
+import os
+import random
+import shutil
+import signal
+import stat
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+import zipfile
+from pathlib import Path
+
+TOOLS = Path(__file__).resolve().parents[2] / "tools"
+sys.path.insert(0, str(TOOLS))
+
+from diskimage import tree  # noqa: E402
+from diskimage.build import make_image  # noqa: E402
+from diskimage.disk_layout import partitions  # noqa: E402
+from diskimage.hfs_volume import Volume  # noqa: E402
+from diskimage.udif import ImageWriter, Partition  # noqa: E402
+from sample_product import make_sample_product  # noqa: E402
+
+FLAGS = ("-noverify", "-nobrowse", "-noautoopen")
+MARK = 0o1555
+# Long enough for a loaded machine; only a helper that hangs comes near it.
+LIMIT = 60
+
+FAKE_7ZIP = """\
+#!/bin/sh
+[ $# -eq 0 ] && echo '7-Zip (z) {version} (x64) : Copyright' && exit 0
+{extract}
+"""
+
+
+def setUpModule():
+    path = os.environ.get("TOLVIX_HDIUTIL")
+    if not path or not os.access(path, os.X_OK):
+        raise RuntimeError("TOLVIX_HDIUTIL must name the built helper program")
+
+
+def snapshot(folder):
+    """Everything below a folder: names as bytes, permissions, link targets, contents."""
+    found = {}
+    root = os.fsencode(folder)
+    for path, folders, files in os.walk(root):
+        for name in folders + files:
+            entry = os.path.join(path, name)
+            mode = os.lstat(entry).st_mode
+            if stat.S_ISLNK(mode):
+                value = ("link", os.readlink(entry))
+            elif stat.S_ISDIR(mode):
+                value = ("folder", stat.S_IMODE(mode))
+            else:
+                value = (stat.S_IFMT(mode), stat.S_IMODE(mode), Path(os.fsdecode(entry)).read_bytes())
+            found[os.path.relpath(entry, root)] = value
+    return found
+
+
+def mode_of(path):
+    return stat.S_IMODE(os.lstat(path).st_mode)
+
+
+def write_plain_volume(folder, path, rename=None):
+    """A volume without a wrapping; `rename` gives names in it that no folder could hold."""
+    entries = tree.scan(str(folder), "Plain")
+    for entry in entries:
+        entry.name = (rename or {}).get(entry.name.decode("utf-16-be"), entry.name)
+    with open(path, "wb") as file:
+        for block in Volume(entries).stream():
+            file.write(block)
+
+
+class HelperTest(unittest.TestCase):
+    def setUp(self):
+        self.folder = Path(tempfile.mkdtemp(prefix="hdiutil-"))
+        self.addCleanup(shutil.rmtree, self.folder)
+        self.addCleanup(subprocess.run, ["chmod", "-R", "u+rwX", self.folder], check=True)
+        self.helper = os.environ["TOLVIX_HDIUTIL"]
+        self.mount = self.folder / "mount point"
+        self.mount.mkdir()
+
+    def content(self):
+        folder = self.folder / "content"
+        folder.mkdir(exist_ok=True)
+        return folder
+
+    def image(self, file_name="small.dmg", **options):
+        """An image of the content folder, with one file if that is empty."""
+        if not any(self.content().iterdir()):
+            (self.content() / "file").write_bytes(b"content\n")
+        make_image(str(self.content()), str(self.folder / file_name), **options)
+        return self.folder / file_name
+
+    def run_helper(self, *words, **options):
+        return subprocess.run([self.helper, *words], input=b"yes\n", capture_output=True, timeout=LIMIT,
+                              check=False, **options)
+
+    def attach(self, image, mount=None, **options):
+        return self.run_helper("attach", image, "-mountpoint", mount or self.mount, *FLAGS, **options)
+
+    def assert_refused(self, result, reason=""):
+        self.assertEqual(result.returncode, 1, result)
+        self.assertEqual(result.stdout, b"")
+        self.assertRegex(result.stderr, rb"\Ahdiutil: [^\n]*" + reason.encode() + rb"[^\n]*\n\Z")
+
+    def assert_attach_refused(self, image, reason, **options):
+        before = mode_of(self.mount)
+        self.assert_refused(self.attach(image, **options), reason)
+        self.assertEqual((os.listdir(self.mount), mode_of(self.mount)), ([], before))
+
+    def use_fake_7zip(self, extract, version="25.01"):
+        """From now on the helper is a copy that finds this 7-Zip beside itself."""
+        tool = self.write_fake_7zip("helpers", extract, version)
+        self.helper = shutil.copy(os.environ["TOLVIX_HDIUTIL"], tool.parent)
+
+    def write_fake_7zip(self, folder, extract, version):
+        tool = self.folder / folder / "7zz"
+        tool.parent.mkdir(exist_ok=True)
+        tool.write_text(FAKE_7ZIP.format(version=version, extract=extract))
+        tool.chmod(0o755)
+        return tool
+
+    def in_namespace(self, script, *words, **options):
+        """Runs a shell script that may mount; skips the test where nobody lets it."""
+        command = ["unshare", "--user", "--map-root-user", "--mount", "sh", "-ec"]
+        if not shutil.which("unshare") or subprocess.run(
+                [*command, "mount -t tmpfs none /mnt"], capture_output=True, check=False).returncode:
+            self.skipTest("needs a mount namespace")
+        return subprocess.run([*command, script, *map(str, words)], capture_output=True, timeout=LIMIT,
+                              check=False, **options)
+
+
+class AttachTest(HelperTest):
+    def make_traits(self):
+        make_sample_product(self.content() / "product")
+        folder = self.content() / "traits"
+        (folder / ".journal").mkdir(parents=True)
+        (folder / ".journal" / "kept").write_bytes(b"")
+        for mode in (0o400, 0o444, 0o555, 0o600, 0o755, 0o777):
+            (folder / f"{mode:o}").write_bytes(b"x")
+            (folder / f"{mode:o}").chmod(mode)
+        (folder / "long" / ("n" * 255)).mkdir(parents=True)
+        for number, target in enumerate(("/Applications", "/a/", "/" + "x" * 900, "/proc/self/cwd/x",
+                                         "../../etc/passwd", "..", ".", "self", "a/../b", "missing", "new\nline",
+                                         "caf\u00e9")):
+            (folder / f"link{number}").symlink_to(target)
+        (folder / "self").symlink_to("self")
+
+    def test_everything_on_a_volume_comes_out_as_it_went_in(self):
+        self.make_traits()
+        expected = snapshot(self.content())
+        for layout, compression in (("volume", "zlib"), ("disk", "zlib"), ("volume", "bzip2"), ("disk", "xz"),
+                                    ("volume", "none")):
+            with self.subTest(layout=layout, compression=compression):
+                image = self.image(f"{layout}-{compression}.dmg", name="To: lvix", layout=layout,
+                                   compression=compression)
+                result = self.attach(image)
+                self.assertEqual((result.returncode, result.stderr), (0, b""))
+                self.assertEqual(os.fsdecode(result.stdout), f"{image}\tApple_HFS\t{self.mount}\n")
+                self.assertEqual(snapshot(self.mount), expected)
+                self.assertEqual(mode_of(self.mount), MARK)
+                self.assert_refused(self.attach(image), "in use")
+                self.assertEqual(self.run_helper("detach", self.mount, "-force").returncode, 0)
+                self.assertFalse(self.mount.exists())
+                self.mount.mkdir()
+
+    def test_a_plain_volume_and_an_empty_one_can_be_attached(self):
+        write_plain_volume(self.content(), self.folder / "plain.dmg")
+        self.assertEqual(self.attach(self.folder / "plain.dmg").returncode, 0)
+        self.assertEqual((os.listdir(self.mount), mode_of(self.mount)), ([], MARK))
+
+    def test_names_on_the_command_line_are_taken_as_they_are(self):
+        expected_image = self.image("*?[a] @list\n.dmg")
+        mount = self.folder / os.fsdecode(b"odd \xff\n-name")
+        mount.mkdir()
+        result = self.run_helper("attach", "-noverify", "-mountpoint", mount, expected_image)
+        self.assertEqual((result.returncode, os.listdir(mount)), (0, ["file"]))
+
+        shutil.copy(expected_image, self.folder / "-image")
+        result = self.attach("./-image", "mount point", cwd=self.folder)
+        self.assertEqual((result.returncode, os.listdir(self.mount)), (0, ["file"]))
+
+    def test_what_7zip_cannot_read_right_is_refused(self):
+        private = "\0\0\0\0HFS+ Private Data"
+        (self.content() / "private" / "iNode17").mkdir(parents=True)
+        write_plain_volume(self.content(), self.folder / "hard.dmg", {"private": private.encode("utf-16-be")})
+        self.assert_attach_refused(self.folder / "hard.dmg", "hard links")
+        shutil.rmtree(self.content())
+
+        for name, target, reason in (("root", "/", "files that cannot be read"),
+                                     ("up", "/../x", "a link whose target")):
+            (self.content() / name).symlink_to(target)
+            self.assert_attach_refused(self.image(f"{name}.dmg"), reason)
+            (self.content() / name).unlink()
+
+    def test_the_bookkeeping_of_the_volume_stays_out(self):
+        for name in (".journal", ".journal_info_block", "file"):
+            (self.content() / name).write_bytes(b"x")
+        (self.content() / "private" / "temp3").mkdir(parents=True)
+        write_plain_volume(self.content(), self.folder / "plain.dmg",
+                           {"private": "\0\0\0\0HFS+ Private Data".encode("utf-16-be")})
+        self.assertEqual(self.attach(self.folder / "plain.dmg").returncode, 0)
+        self.assertEqual(os.listdir(self.mount), ["file"])
+
+
+class BadImageTest(HelperTest):
+    def test_bad_images_leave_an_empty_mount_point(self):
+        # Shrinks to about half, so every chunk is a compressed one.
+        (self.content() / "text").write_text(random.Random(0).randbytes(1 << 20).hex())
+        good = self.image("good.dmg").read_bytes()
+        middle = len(good) // 2
+        damaged = good[:middle] + bytes(100) + good[middle + 100:]
+        with zipfile.ZipFile(self.folder / "zip", "w") as archive:
+            archive.writestr("file", "content")
+        zipped = (self.folder / "zip").read_bytes()
+        table = (
+            ("empty", b"", "is empty"),
+            ("text", b"just a text\n", "not a disk image"),
+            ("random", random.Random(0).randbytes(100_000), "not a disk image"),
+            ("zip", zipped, "not a disk image"),
+            ("no trailer", good[:-512], "not a disk image"),
+            ("half", good[:len(good) // 2], "not a disk image"),
+            ("trailer only", good[-512:], "could not be read"),
+            ("zip before a trailer", zipped + good[-512:], "could not be read"),
+            ("encrypted", b"encrcdsa" + bytes(1000), "is encrypted"),
+            ("damaged", damaged, "could not be read"),
+        )
+        for name, data, reason in table:
+            with self.subTest(name):
+                path = self.folder / "bad.dmg"
+                path.write_bytes(data)
+                self.assert_attach_refused(path, reason)
+
+    def test_what_is_no_file_is_refused_at_once(self):
+        os.mkfifo(self.folder / "pipe")
+        for name, reason in (("pipe", "not a file"), ("mount point", "not a file"), ("missing", "No such file")):
+            with self.subTest(name):
+                self.assert_attach_refused(self.folder / name, reason)
+
+    def test_two_volumes_are_refused(self):
+        (self.content() / "file").write_bytes(b"")
+        path = self.folder / "two.dmg"
+        with open(path, "wb") as file:
+            writer = ImageWriter(file)
+            for name in ("One", "Two"):
+                volume = Volume(tree.scan(str(self.content()), name))
+                for partition in partitions("volume", Partition(name, volume.sectors, volume.stream())):
+                    writer.add(partition)
+            writer.finish()
+        self.assert_attach_refused(path, "could not be read")
+
+    def test_unusable_mount_points_are_left_alone(self):
+        image = self.image()
+        (self.mount / "mine").write_bytes(b"mine")
+        (self.folder / "empty").mkdir()
+        (self.folder / "link").symlink_to("empty")
+        before = snapshot(self.folder)
+        for name in ("missing", "mount point", "small.dmg", "link", "link/", "empty/.", "empty/.."):
+            with self.subTest(name):
+                self.assert_refused(self.run_helper("attach", image, "-mountpoint", f"{self.folder}/{name}"))
+        self.assertEqual(snapshot(self.folder), before)
+
+    def test_a_full_disk_leaves_an_empty_mount_point(self):
+        (self.content() / "zeros").write_bytes(bytes(4 << 20))
+        script = ('mount -t tmpfs -o size=1m none "$2"; mkdir "$2/mount"; '
+                  '"$0" attach "$1" -mountpoint "$2/mount" || { ls -A "$2/mount"; exit 3; }')
+        result = self.in_namespace(script, self.helper, self.image(), self.mount)
+        self.assertEqual((result.returncode, result.stdout), (3, b""), result.stderr)
+        self.assertIn(b"No space left", result.stderr)
+
+
+class SevenZipTest(HelperTest):
+    def test_only_a_volume_that_was_read_counts(self):
+        image = self.image()
+        for extract, reason in (
+                ("exit 2", "could not be read"),
+                ("echo x >partial; kill -9 $$", "could not be read"),
+                ("mkdir V; printf 'Type = Dmg\\nFiles: 0\\n'", "no volume"),
+                ("mkdir V; printf 'Type = Dmg\\nType = zip\\nFiles: 0\\n'", "no volume"),
+                ("mkdir V; printf 'Type = zip\\nType = HFS\\nFiles: 0\\n'", "no volume"),
+                ("mkdir V W; printf 'Type = HFS\\nFiles: 0\\n'", "exactly one volume"),
+                ("mkdir V; >V/a; printf 'Type = HFS\\nFiles: 2\\n'", "files that cannot be read"),
+                ("mkdir -p V/.attach.$PPID; touch V/1 V/2 V/3 V/4; printf 'Type = HFS\\nFiles: 4\\n'", "File exists"),
+                ("mkfifo pipe; printf 'Type = APFS\\n'", "device, pipe or socket")):
+            with self.subTest(extract):
+                self.use_fake_7zip(extract)
+                self.assert_attach_refused(image, reason)
+
+    def test_set_id_bits_do_not_come_out(self):
+        self.use_fake_7zip("mkdir -p V/d; >V/f; chmod 3755 V/d; chmod 6755 V/f; printf 'Type = HFS\\nFiles: 1\\n'")
+        self.assertEqual(self.attach(self.image()).returncode, 0)
+        self.assertEqual([mode_of(self.mount / name) for name in ("d", "f")], [0o755, 0o755])
+
+    def test_it_gets_nothing_it_does_not_need(self):
+        log = self.folder / "log"
+        self.use_fake_7zip(f"(env; umask; ls /proc/$$/fd) >'{log}'; exit 2")
+        with open(log, "w") as inherited:
+            environment = {**os.environ, "SECRET": "x", "TMPDIR": str(self.folder)}
+            self.assert_attach_refused(self.image(), "", pass_fds=[inherited.fileno()], env=environment)
+        lines = log.read_text().split("\n")
+        self.assertLessEqual({f"TMPDIR={self.folder}", "LC_ALL=C", "0000", "0", "1", "2"}, set(lines))
+        self.assertFalse([line for line in lines if "SECRET" in line or line in ("3", "4", "5", "6", "7")], lines)
+
+    def test_a_newer_one_elsewhere_takes_the_place_of_an_old_one(self):
+        self.use_fake_7zip("touch old; exit 2", version="16.02")
+        self.assertEqual(self.attach(self.image()).returncode, 0)
+
+    def test_without_a_new_one_the_message_names_what_is_needed(self):
+        image = self.image()
+        script = ('for tool in /usr/bin/7zz /usr/bin/7z /usr/local/bin/7zz /usr/local/bin/7z; do '
+                  'test ! -e $tool || mount --bind /dev/null $tool; done; "$0" attach "$1" -mountpoint "$2"')
+        self.write_fake_7zip("relative", "", "26.00")
+        for prepare, reason in ((lambda: None, r"could not find 7-Zip 25 or newer\n"),
+                                (lambda: self.use_fake_7zip("", "24.09"), r"25 or newer \(.*is version 24.09\)")):
+            prepare()
+            result = self.in_namespace(script, self.helper, image, self.mount, cwd=self.folder,
+                                       env={"PATH": "/usr/bin:/bin:relative"})
+            self.assertEqual((result.returncode, os.listdir(self.mount)), (1, []))
+            self.assertRegex(result.stderr.decode(), reason)
+
+
+class InterruptionTest(HelperTest):
+    def start_slow_attach(self, wrapper=()):
+        """Starts an attach that is in the middle of the extraction when this returns."""
+        ready = self.folder / "ready"
+        ready.unlink(missing_ok=True)
+        self.use_fake_7zip(f"mkdir V; >V/file; echo $$ >ready; mv ready '{ready}'; exec sleep {LIMIT * 2}")
+        process = subprocess.Popen([*wrapper, self.helper, "attach", self.image(), "-mountpoint", self.mount],
+                                   stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                   # Tests that run in the background have it ignored.
+                                   preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL))
+        self.addCleanup(process.communicate)
+        self.addCleanup(process.kill)
+        while not ready.exists() and process.poll() is None:
+            time.sleep(0.005)
+        self.assertIsNone(process.poll())
+        return process, int(ready.read_text())
+
+    def assert_gone(self, pid):
+        with self.assertRaises(ProcessLookupError):
+            os.kill(pid, 0)
+
+    def test_a_signal_empties_the_mount_point(self):
+        for number in (signal.SIGTERM, signal.SIGINT):
+            with self.subTest(number):
+                process, extractor = self.start_slow_attach()
+                process.send_signal(number)
+                _, errors = process.communicate(timeout=LIMIT)
+                self.assertEqual((process.returncode, os.listdir(self.mount)), (1, []))
+                self.assertIn(b"interrupted", errors)
+                self.assert_gone(extractor)
+
+    def test_nothing_stays_when_the_starter_ends(self):
+        starter = "import subprocess, sys; subprocess.call(sys.argv[1:])"
+        process, extractor = self.start_slow_attach([sys.executable, "-c", starter])
+        process.kill()
+        # The end of output is the end of the helper, which holds the other end.
+        _, errors = process.communicate(timeout=LIMIT)
+        self.assertIn(b"interrupted", errors)
+        self.assertFalse(self.mount.exists())
+        self.assert_gone(extractor)
+
+
+class ExitTest(HelperTest):
+    def test_a_failing_status_is_known_at_the_end_of_output(self):
+        for _ in range(200):
+            process = subprocess.Popen([self.helper, "attach", "/missing", "-mountpoint", self.mount],
+                                       stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+            self.addCleanup(process.wait)
+            self.assertEqual(os.read(process.stdout.fileno(), 100), b"")
+            ended = os.waitid(os.P_PID, process.pid, os.WEXITED | os.WNOHANG | os.WNOWAIT)
+            process.stdout.close()
+            self.assertIsNotNone(ended)
+            self.assertEqual(ended.si_status, 1)
+
+    def test_senseless_command_lines_show_the_usage(self):
+        image, mount = str(self.image()), str(self.mount)
+        for words in ((), ("",), ("info",), ("attach",), ("attach", image), ("attach", "-mountpoint", mount),
+                      ("attach", image, "-mountpoint"), ("attach", image, image, "-mountpoint", mount),
+                      ("attach", image, "-mountpoint", mount, "-readonly"), ("attach", image, "-mountpoint", ""),
+                      ("attach", image, "-mountpoint", mount, "-mountpoint", mount), ("detach",),
+                      ("detach", mount, "-quiet"), ("detach", mount, mount)):
+            with self.subTest(words):
+                result = self.run_helper(*words)
+                self.assertEqual((result.returncode, result.stdout), (1, b""))
+                self.assertRegex(result.stderr, rb"\Ahdiutil: [^\n]+\nUsage: hdiutil attach ")
+        self.assertEqual(os.listdir(self.mount), [])
+
+
+class DetachTest(HelperTest):
+    def test_what_attach_did_not_fill_is_left_alone(self):
+        (self.mount / "mine").write_bytes(b"mine")
+        marked = self.folder / "marked"
+        marked.mkdir()
+        (marked / "file").write_bytes(b"")
+        (self.folder / "link").symlink_to("marked")
+        (self.folder / "file").write_bytes(b"")
+        (self.folder / "file").chmod(MARK)
+        for mode in (0o555, 0o1755, 0o1777, 0o3555):
+            (self.folder / f"{mode:o}").mkdir()
+            (self.folder / f"{mode:o}").chmod(mode)
+        marked.chmod(MARK)
+        before = snapshot(self.folder)
+        # All within the test's folder: a helper that fails this test would remove what it is aimed at.
+        for name in ("mount point", "link", "link/", "marked/.", "marked/..", "file", "missing", "555", "1755", "1777",
+                     "3555"):
+            with self.subTest(name):
+                self.assert_refused(self.run_helper("detach", f"{self.folder}/{name}", "-force"))
+        self.assertEqual(snapshot(self.folder), before)
+
+    def test_links_are_removed_and_not_followed(self):
+        outside = self.folder / "outside"
+        outside.mkdir()
+        (outside / "mine").write_bytes(b"mine")
+        (self.mount / "closed" / "deep").mkdir(parents=True)
+        for place in (self.mount, self.mount / "closed"):
+            (place / "folder link").symlink_to(outside)
+            (place / "file link").symlink_to(outside / "mine")
+        (self.mount / "closed").chmod(0)
+        self.mount.chmod(MARK)
+        self.assertEqual(self.run_helper("detach", "-force", f"{self.mount}/").returncode, 0)
+        self.assertFalse(self.mount.exists())
+        self.assertEqual((outside / "mine").read_bytes(), b"mine")
+
+    def test_another_file_system_inside_is_left_alone(self):
+        script = ('mkdir "$1/inner" "$1/other"; mount --bind "$2" "$1/inner"; chmod 1555 "$1"; '
+                  '! "$0" detach "$1"; umount "$1/inner"; ls "$1"; stat -c %a "$1"; "$0" detach "$1"')
+        self.content().joinpath("mine").write_bytes(b"mine")
+        result = self.in_namespace(script, self.helper, self.mount, self.content())
+        self.assertEqual(result.stdout.split(b"\n")[:2], [b"inner", b"1555"], result.stderr)
+        self.assertTrue((self.content() / "mine").exists())
+        self.assertFalse(self.mount.exists())
+
+
+if __name__ == "__main__":
+    unittest.main()

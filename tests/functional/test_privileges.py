@@ -1,0 +1,97 @@
+"""Runs by a user who may not write to the applications folder: what sudo lets him do, and what it does not."""
+import os
+import pwd
+import shutil
+import subprocess
+import unittest
+from pathlib import Path
+
+from tests.functional.installer_case import DOWNLOADED, INSTALLED, InstallerCase, sample_image
+
+RULE = "nobody ALL=(root) NOPASSWD: /bin/rm, /usr/bin/rm, /bin/mv, /usr/bin/mv, /usr/bin/chown, /usr/sbin/chown\n"
+
+# In a mount namespace of its own, so that the machine's own rules stay as they are; without a terminal to ask on.
+WRAPPER = """set -e
+mount -t tmpfs -o mode=755 tmpfs /etc/sudoers.d
+cp "$1" /etc/sudoers.d/tolvix-test
+chmod 440 /etc/sudoers.d/tolvix-test
+shift
+exec setpriv --reuid nobody --regid nogroup --clear-groups "$@"
+"""
+
+
+@unittest.skipUnless(os.geteuid() == 0 and shutil.which("sudo"), "needs root, to make another user's surroundings")
+class UnprivilegedUser(InstallerCase):
+    def setUp(self):
+        super().setUp()
+        if subprocess.run(["unshare", "--mount", "true"], stderr=subprocess.DEVNULL).returncode != 0:
+            self.skipTest("needs mount namespaces")
+        self.folder.chmod(0o755)
+        self.user = pwd.getpwnam("nobody")
+
+    def hand_over(self):
+        """Makes the sandbox the user's own, all but the applications folder."""
+        subprocess.run(["chown", "-R", "nobody:nogroup", str(self.trial.folder)], check=True)
+        subprocess.run(["chown", "-R", "root:root", str(self.trial.application.parent)], check=True)
+        os.chmod(self.services.certificate, 0o644)
+        os.chmod(os.path.dirname(self.services.certificate), 0o755)
+
+    def run_as_user(self, rule, steps):
+        self.show_events()
+        self.hand_over()
+        rules = self.folder / "rules"
+        rules.write_text(rule)
+        command = ["setsid", "--wait", "unshare", "--mount", "sh", "-c", WRAPPER, "sh", str(rules),
+                   *self.trial.command("--auto-start", "NO")]
+        run = subprocess.run(command, env=self.trial.environment(), stdin=subprocess.DEVNULL, capture_output=True,
+                             text=True, timeout=120)
+        self.assertEqual(self.posted_steps(run), steps, run.stderr)
+        self.assert_nothing_left()
+        return run
+
+    def put_old_product(self):
+        (self.trial.application / "Contents").mkdir(parents=True)
+        (self.trial.application / "Contents" / "old").write_text("old")
+
+    def owners(self):
+        return {(path.lstat().st_uid, path.lstat().st_gid) for path in self.trial.application.rglob("*")}
+
+    def test_rights_replace_the_product_and_keep_its_owner(self):
+        self.put_old_product()
+        self.run_as_user(RULE, INSTALLED)
+        self.assertFalse((self.trial.application / "Contents" / "old").exists())
+        self.assertTrue((self.trial.application / "Contents" / "MacOS" / "Tolvix").exists())
+        self.assertEqual(self.owners(), {(0, 0)})
+
+    def test_first_installation_belongs_to_the_user(self):
+        self.run_as_user(RULE, INSTALLED)
+        self.assertEqual(self.owners(), {(self.user.pw_uid, self.user.pw_gid)})
+
+    def test_refused_rights_leave_the_old_product_alone(self):
+        self.put_old_product()
+        run = self.run_as_user("# no rule\n", [*DOWNLOADED, "23.33", "23.43"])
+        self.assertRegex(run.stderr, r"Code=4001 \"Authenticated file copy from .* to .*/Applications/Tolvix.app failed")
+        self.assertEqual((self.trial.application / "Contents" / "old").read_text(), "old")
+        self.assertEqual(self.owners(), {(0, 0)})
+
+    def test_tool_that_fails_after_the_first_leaves_no_half_product(self):
+        self.put_old_product()
+        rule = RULE.replace("/bin/mv, /usr/bin/mv, ", "")
+        self.run_as_user(rule, [*DOWNLOADED, "23.33", "23.43"])
+        self.assertFalse(self.trial.application.exists())
+
+    def test_folder_the_user_owns_needs_no_rights(self):
+        self.image.write_bytes(sample_image())
+        self.show_events()
+        self.hand_over()
+        shutil.chown(self.trial.application.parent, "nobody", "nogroup")
+        command = ["setpriv", "--reuid", "nobody", "--regid", "nogroup", "--clear-groups",
+                   *self.trial.command("--auto-start", "NO")]
+        run = subprocess.run(command, env=self.trial.environment(), stdin=subprocess.DEVNULL, capture_output=True,
+                             text=True, timeout=120)
+        self.assertEqual(self.posted_steps(run), INSTALLED, run.stderr)
+        self.assertTrue(Path(self.trial.application).is_dir())
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "platform/Authorization.h"
+#include "tests/support/FakeFiles.h"
+
+#include <map>
+
+// Administrator rights over the files in memory. Tools that end well do their work; commands are counted from 1.
+class FakeAuthorization final : public platform::Authorization {
+public:
+    explicit FakeAuthorization(FakeFiles& files) : files_(files) {}
+
+    std::int32_t create(std::shared_ptr<platform::AuthorizationRef>& authorization) override {
+        ++requests;
+        if (denials-- > 0)
+            return denied;
+        if (status != success)
+            return status;
+        authorization = std::make_shared<platform::AuthorizationRef>();
+        held_ = authorization;
+        return success;
+    }
+
+    bool executeWithPrivileges(platform::AuthorizationRef& /*authorization*/, const std::string& tool,
+                               const std::vector<std::string>& arguments) override {
+        events.emplace_back("run");
+        commands.push_back(tool);
+        for (const std::string& argument : arguments)
+            commands.back() += " " + argument;
+        if (static_cast<int>(commands.size()) == unstartable)
+            return false;
+        if (result() != 0)
+            return true;
+        if (tool == "/bin/rm")
+            files_.removeTree(arguments.at(1));
+        if (tool == "/bin/mv")
+            files_.copyTree(arguments.at(1), arguments.at(2));
+        if (tool == "/bin/mv")
+            files_.removeTree(arguments.at(1));
+        return true;
+    }
+
+    std::optional<int> wait() override {
+        events.emplace_back("wait");
+        return result();
+    }
+
+    std::function<void()> useDefaultChildSignal() override {
+        events.emplace_back("default");
+        return [this] { events.emplace_back("restore"); };
+    }
+
+    bool isHeld() const { return !held_.expired(); }
+
+    int denials = 0;                               // how many requests are denied first
+    std::int32_t status = success;                 // the answer after them
+    std::map<int, std::optional<int>> waitResults; // by command; the others end with 0
+    int unstartable = 0;                           // the command that cannot be started
+    int requests = 0;
+    std::vector<std::string> commands; // tool and arguments with blanks between
+    std::vector<std::string> events;   // "default", "run", "wait" and "restore", in order
+
+private:
+    // How the last command ended.
+    std::optional<int> result() const {
+        const auto found = waitResults.find(static_cast<int>(commands.size()));
+        return found == waitResults.end() ? 0 : found->second;
+    }
+
+    FakeFiles& files_;
+    std::weak_ptr<platform::AuthorizationRef> held_;
+};

@@ -1,0 +1,199 @@
+#include "tests/support/FakeFiles.h"
+
+#include "foundation/PathString.h"
+
+#include <algorithm>
+#include <cerrno>
+
+namespace path = foundation::path;
+using platform::FileType;
+
+FakeFiles::Item& FakeFiles::addFolder(const std::string& path) {
+    if (path != "/")
+        addFolder(path::deletingLastPathComponent(path));
+    Item& item = items_[path];
+    item.type = FileType::Directory;
+    return item;
+}
+
+FakeFiles::Item& FakeFiles::addFile(const std::string& path, const std::string& content) {
+    addFolder(path::deletingLastPathComponent(path));
+    return items_[path] = Item{FileType::Regular, content};
+}
+
+FakeFiles::Item& FakeFiles::addLink(const std::string& path, const std::string& target) {
+    addFolder(path::deletingLastPathComponent(path));
+    return items_[path] = Item{FileType::SymbolicLink, target};
+}
+
+FakeFiles::Item* FakeFiles::item(const std::string& path) {
+    return at(placeOf(path));
+}
+
+FakeFiles::Item* FakeFiles::at(const std::string& place) {
+    const auto found = items_.find(place);
+    return found == items_.end() ? nullptr : &found->second;
+}
+
+// The path with the links in it replaced by what they name; empty for links that lead round in a circle.
+std::string FakeFiles::resolved(std::string path) const {
+    int links = 0;
+    for (std::size_t end = 1; end < path.size(); ++end) {
+        end = std::min(path.find('/', end), path.size());
+        const std::string prefix = path.substr(0, end);
+        const auto found = items_.find(prefix);
+        if (found == items_.end() || found->second.type != FileType::SymbolicLink)
+            continue;
+        if (++links > 40)
+            return {};
+        const std::string& target = found->second.content;
+        const std::string folder = target.front() == '/' ? "" : path::deletingLastPathComponent(prefix);
+        path = path::appendingPathComponent(folder, target) + path.substr(end);
+        end = 0;
+    }
+    return path;
+}
+
+// The item's own place: the links above it replaced, not itself.
+std::string FakeFiles::placeOf(const std::string& path) const {
+    if (path.empty() || path == "/")
+        return path;
+    return path::appendingPathComponent(resolved(path::deletingLastPathComponent(path)), path::lastPathComponent(path));
+}
+
+bool FakeFiles::folderTakesChanges(const std::string& place) {
+    const Item* folder = at(path::deletingLastPathComponent(place));
+    return folder != nullptr && folder->type == FileType::Directory && folder->writable;
+}
+
+void FakeFiles::copyTree(const std::string& from, const std::string& to) {
+    const auto names = entriesBelow(from);
+    items_[to] = items_.at(from);
+    for (const std::string& name : names)
+        items_[to + "/" + name] = items_.at(from + "/" + name);
+}
+
+void FakeFiles::removeTree(const std::string& path) {
+    for (const std::string& name : entriesBelow(path))
+        items_.erase(path + "/" + name);
+    items_.erase(path);
+}
+
+bool FakeFiles::isReadableFile(const std::string& path) {
+    const Item* found = followed(path);
+    return found != nullptr && found->readable;
+}
+
+bool FakeFiles::isWritableFile(const std::string& path) {
+    const Item* found = followed(path);
+    return found != nullptr && found->writable;
+}
+
+std::optional<std::vector<std::string>> FakeFiles::contentsOfDirectory(const std::string& path) {
+    const Item* folder = item(path);
+    if (folder == nullptr || folder->type != FileType::Directory || !folder->readable)
+        return std::nullopt;
+    auto names = entriesBelow(path);
+    const auto deeper = [](const std::string& name) { return name.find('/') != std::string::npos; };
+    names.erase(std::remove_if(names.begin(), names.end(), deeper), names.end());
+    std::reverse(names.begin(), names.end()); // nobody may rely on an order
+    return names;
+}
+
+std::vector<std::string> FakeFiles::entriesBelow(const std::string& path) {
+    std::vector<std::string> names;
+    const std::string prefix = path + "/";
+    for (auto at = items_.upper_bound(prefix); at != items_.end() && at->first.rfind(prefix, 0) == 0; ++at) {
+        names.push_back(at->first.substr(prefix.size()));
+    }
+    return names;
+}
+
+std::optional<platform::FileAttributes> FakeFiles::attributesOfItem(const std::string& path) {
+    const Item* found = item(path);
+    return found == nullptr ? std::nullopt : std::optional(platform::FileAttributes{found->type});
+}
+
+std::optional<platform::FileOwner> FakeFiles::ownerOfItem(const std::string& path) {
+    const Item* found = followed(path);
+    return found == nullptr ? std::nullopt : std::optional(found->owner);
+}
+
+bool FakeFiles::succeeds(Operation operation, const std::string& path, ErrorOut error) {
+    const bool fails = failures_.count({operation, path}) > 0;
+    if (fails && error != nullptr)
+        *error = foundation::Error::withDescription("Files", 513, "no " + path);
+    return !fails;
+}
+
+bool FakeFiles::createDirectory(const std::string& path, ErrorOut error) {
+    changes.push_back("create " + path);
+    if (!succeeds(Operation::Create, path, error))
+        return false;
+    if (const Item* there = item(path)) {
+        return there->type == FileType::Directory && there->owner.userId == thisUser.userId;
+    }
+    std::string above = path::deletingLastPathComponent(path);
+    while (!has(above))
+        above = path::deletingLastPathComponent(above);
+    if (item(above)->type != FileType::Directory)
+        return false;
+    addFolder(path);
+    return true;
+}
+
+bool FakeFiles::copyItem(const std::string& from, const std::string& to, ErrorOut error) {
+    changes.push_back("copy " + from + " " + to);
+    const bool possible = has(from) && isVacant(placeOf(to));
+    if (!succeeds(Operation::Copy, from, error)) {
+        if (possible)
+            items_[to] = items_.at(from); // the beginning is left behind
+        return false;
+    }
+    if (possible)
+        copyTree(from, to);
+    return possible;
+}
+
+bool FakeFiles::moveItem(const std::string& from, const std::string& to, ErrorOut error) {
+    changes.push_back("move " + from + " " + to);
+    if (!succeeds(Operation::Move, from, error) || !has(from) || !isVacant(placeOf(to)))
+        return false;
+    copyTree(placeOf(from), placeOf(to));
+    removeTree(placeOf(from));
+    return true;
+}
+
+bool FakeFiles::removeItem(const std::string& path, ErrorOut error) {
+    changes.push_back("remove " + path);
+    if (!succeeds(Operation::Remove, path, error) || !has(path) || !folderTakesChanges(placeOf(path)))
+        return false;
+    removeTree(placeOf(path));
+    return true;
+}
+
+bool FakeFiles::removePrivateFolder(const std::string& path) {
+    changes.push_back("removePrivateFolder " + path);
+    const std::string closed = path + "/";
+    for (const char* odd : {"//", "/./", "/../"}) {
+        if (closed.front() != '/' || closed.find(odd) != std::string::npos)
+            return false;
+    }
+    const auto holds = [&](const std::string& folder) { return (folder + "/").rfind(closed, 0) == 0; };
+    if (std::any_of(sharedFolders.begin(), sharedFolders.end(), holds))
+        return false;
+    const Item* folder = item(path);
+    if (folder == nullptr || folder->type != FileType::Directory || folder->owner.userId != thisUser.userId)
+        return false;
+    removeTree(path);
+    return true;
+}
+
+int FakeFiles::removeExtendedAttribute(const std::string& path, const char* name, int options) {
+    changes.push_back("xattr " + path + " " + name + " " + std::to_string(options));
+    Item* target = (options & platform::xattrNoFollow) != 0 ? item(path) : followed(path);
+    if (target != nullptr && target->attributes.erase(name) > 0)
+        return 0;
+    errno = target == nullptr ? ENOENT : ENODATA;
+    return -1;
+}

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "platform/Files.h"
+
+#include <map>
+#include <set>
+#include <utility>
+
+// A tree of files in memory. What is added belongs to this user and may be read and written.
+class FakeFiles final : public platform::FileQueries, public platform::FileChanges {
+public:
+    enum class Operation { Create, Copy, Move, Remove };
+
+    static constexpr platform::FileOwner thisUser{501, 20};
+
+    struct Item {
+        platform::FileType type = platform::FileType::Regular;
+        std::string content = ""; // a file's bytes, a link's target
+        bool readable = true;
+        bool writable = true;
+        platform::FileOwner owner = thisUser;
+        std::set<std::string> attributes = {};
+    };
+
+    // Adds an item, and the folders above it where they are missing.
+    Item& addFolder(const std::string& path);
+    Item& addFile(const std::string& path, const std::string& content = "");
+    Item& addLink(const std::string& path, const std::string& target);
+
+    // The item itself, or null; links are not followed.
+    Item* item(const std::string& path);
+    bool has(const std::string& path) { return item(path) != nullptr; }
+
+    // Lets each such operation that is asked with the path first fail.
+    void failAt(Operation operation, const std::string& path) { failures_.insert({operation, path}); }
+
+    bool fileExists(const std::string& path) override { return everythingExists || followed(path) != nullptr; }
+    bool isReadableFile(const std::string& path) override;
+    bool isWritableFile(const std::string& path) override;
+    std::optional<std::vector<std::string>> contentsOfDirectory(const std::string& path) override;
+    std::vector<std::string> entriesBelow(const std::string& path) override;
+    std::optional<platform::FileAttributes> attributesOfItem(const std::string& path) override;
+    std::optional<platform::FileOwner> ownerOfItem(const std::string& path) override;
+
+    bool createDirectory(const std::string& path, ErrorOut error = nullptr) override;
+    bool copyItem(const std::string& from, const std::string& to, ErrorOut error = nullptr) override;
+    bool moveItem(const std::string& from, const std::string& to, ErrorOut error = nullptr) override;
+    bool removeItem(const std::string& path, ErrorOut error = nullptr) override;
+    bool removePrivateFolder(const std::string& path) override;
+    int removeExtendedAttribute(const std::string& path, const char* name, int options) override;
+
+    // As administrator: nothing is checked or written down.
+    void copyTree(const std::string& from, const std::string& to);
+    void removeTree(const std::string& path);
+
+    // What was asked for, in order: "remove /a", "copy /a /b", "xattr /a com.apple.quarantine 1".
+    std::vector<std::string> changes;
+    // Folders that are never private, nor are the folders above them.
+    std::set<std::string> sharedFolders;
+    // While set, every path exists.
+    bool everythingExists = false;
+
+private:
+    bool succeeds(Operation operation, const std::string& path, ErrorOut error);
+    std::string resolved(std::string path) const;
+    std::string placeOf(const std::string& path) const;
+    Item* at(const std::string& place);
+    Item* followed(const std::string& path) { return at(resolved(path)); }
+    bool folderTakesChanges(const std::string& place);
+    bool isVacant(const std::string& place) { return at(place) == nullptr && folderTakesChanges(place); }
+
+    std::map<std::string, Item> items_{{"/", {platform::FileType::Directory}}};
+    std::set<std::pair<Operation, std::string>> failures_;
+};

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "tests/support/FakePipe.h"
+
+#include <map>
+
+// How a tool behaves.
+struct FakeTool {
+    enum class Ending { StatusThenOutput, OutputThenStatus, OutputAlone };
+
+    std::string output = "";
+    int status = 0;
+    Ending ending = Ending::OutputThenStatus;
+    bool refusesInput = false;
+    bool waitsForEndOfInput = false;
+    std::function<void(const platform::TaskDescription& task)> effect = nullptr;
+};
+
+// Child processes out of a table. A tool that is not in it cannot be started.
+class FakeTasks final : public platform::Tasks {
+public:
+    struct Launch {
+        platform::TaskDescription task; // without its pipes
+        std::shared_ptr<FakePipe::Traffic> input;
+        std::weak_ptr<platform::Pipe> inputPipe;
+    };
+
+    std::shared_ptr<platform::Pipe> makePipe() override {
+        return pipesLeft-- > 0 ? std::make_shared<FakePipe>() : nullptr;
+    }
+
+    bool launch(const platform::TaskDescription& task, std::shared_ptr<platform::RunLoop> loop,
+                std::function<void(int status)> didTerminate) override {
+        const auto found = tools.find(task.path);
+        if (found == tools.end())
+            return false;
+        const FakeTool& tool = found->second;
+        auto& input = static_cast<FakePipe&>(*task.standardInput);
+        input.traffic->refused = tool.refusesInput;
+        launches.push_back({{task.path, task.arguments, task.directory, {}, {}}, input.traffic, task.standardInput});
+        if (tool.effect)
+            tool.effect(task);
+        const std::weak_ptr<platform::Pipe> output = task.standardOutput;
+        const auto end = [tool, output, loop = std::move(loop), didTerminate = std::move(didTerminate)] {
+            const auto postStatus = [&] { loop->post([=] { didTerminate(tool.status); }); };
+            if (tool.ending == FakeTool::Ending::StatusThenOutput)
+                postStatus();
+            if (const auto pipe = output.lock())
+                static_cast<FakePipe&>(*pipe).deliver(tool.output);
+            if (tool.ending == FakeTool::Ending::OutputThenStatus)
+                postStatus();
+        };
+        input.ended = tool.waitsForEndOfInput ? end : std::function<void()>();
+        if (!tool.waitsForEndOfInput)
+            end();
+        return true;
+    }
+
+    bool launchDetached(const platform::TaskDescription& task) override {
+        detached.push_back(task);
+        return tools.count(task.path) > 0;
+    }
+
+    std::map<std::string, FakeTool> tools; // by path
+    std::vector<Launch> launches;
+    std::vector<platform::TaskDescription> detached;
+    int pipesLeft = 1000;
+};

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "foundation/PathString.h"
+#include "platform/Workspace.h"
+#include "tests/support/FakeFiles.h"
+
+#include <algorithm>
+#include <set>
+
+// A desktop that opens nothing and remembers what it was asked.
+class FakeWorkspace final : public platform::Workspace {
+public:
+    explicit FakeWorkspace(FakeFiles& files) : files_(files) {}
+
+    bool openURL(const foundation::URL& url) override {
+        opened.push_back(url.absoluteString());
+        return true;
+    }
+
+    bool launchApplication(const std::string& path) override {
+        requests.push_back("launch " + path);
+        return launchSucceeds;
+    }
+
+    bool selectFile(const std::string& path, const std::string& root) override {
+        requests.push_back("reveal " + path + " in '" + root + "'");
+        return revealSucceeds;
+    }
+
+    bool destroyFiles(const std::string& folder, const std::vector<std::string>& names) override {
+        bool all = true;
+        for (const std::string& name : names) {
+            const std::string path = foundation::path::appendingPathComponent(folder, name);
+            requests.push_back("destroy " + path);
+            all = indestructible.count(path) == 0 && files_.removeItem(path) && all;
+        }
+        return all;
+    }
+
+    std::vector<platform::RunningApplication> runningApplications(const std::string& bundleIdentifier) override {
+        return bundleIdentifier == runningIdentifier ? running : std::vector<platform::RunningApplication>();
+    }
+
+    void terminate(const platform::RunningApplication& application) override {
+        requests.push_back("terminate " + std::to_string(application.processId));
+        if (observer)
+            observer(requests.back());
+        if (refusals-- > 0)
+            return;
+        const auto same = [&](const auto& one) { return one.processId == application.processId; };
+        running.erase(std::remove_if(running.begin(), running.end(), same), running.end());
+    }
+
+    std::vector<std::string> opened;
+    std::vector<std::string> requests;
+    std::vector<platform::RunningApplication> running;
+    std::string runningIdentifier = "example.tolvix.desktop";
+    std::function<void(const std::string& request)> observer; // sees each request to quit
+    int refusals = 0;                                         // how many requests to quit come to nothing
+    bool launchSucceeds = true;
+    bool revealSucceeds = true;
+    std::set<std::string> indestructible;
+
+private:
+    FakeFiles& files_;
+};

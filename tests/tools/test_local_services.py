@@ -1,0 +1,184 @@
+import http.client
+import json
+import os
+import signal
+import ssl
+import subprocess
+import tempfile
+import time
+import unittest
+import urllib.error
+import urllib.request
+from pathlib import Path
+
+from tests.tools import TOOLS
+
+from services import Faults, LocalServices
+from services.binaries import BODIES
+from services.log import STEPS, parse_event
+
+PATIENCE = 20
+QUERY = ("/5/binaries/query?os=OS_X_10_9_5&platform=launcher_macosx&target=archive&format=json"
+         "&currentSoftwareVersion=&partner=")
+EVENTS = "/1/installerlog/create"
+IMAGE = os.urandom(300_000)
+
+
+class Running(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        scratch = tempfile.TemporaryDirectory()
+        cls.addClassCleanup(scratch.cleanup)
+        cls.scratch = Path(scratch.name)
+        (cls.scratch / "image").write_bytes(IMAGE)
+        cls.services = LocalServices(str(cls.scratch / "image"), events_file=str(cls.scratch / "events"))
+        cls.services.__enter__()
+        cls.addClassCleanup(cls.services.__exit__)
+
+    def setUp(self):
+        for service in (self.services.binaries, self.services.image, self.services.log):
+            service.faults = Faults()
+        self.services.binaries.body = None
+
+    def fetch(self, url, data=None, timeout=PATIENCE):
+        context = ssl.create_default_context(cafile=self.services.certificate)
+        with urllib.request.urlopen(url, data, timeout, context=context) as answer:
+            return answer.status, answer.geturl(), answer.read()
+
+    def check(self, query):
+        try:
+            return json.loads(self.fetch(f"https://{self.services.binaries.host}{query}")[2])
+        except urllib.error.HTTPError as error:
+            with error:
+                return json.loads(error.read())
+
+    def test_check_names_the_image_and_wants_all_keys(self):
+        answer = self.check(QUERY + "a%2Bb%20c&d=e")
+        self.assertEqual(answer, {"code": 200, "content": {
+            "download_url": f"https://{self.services.image.host}/Tolvix.dmg", "version": "5.1.0"}})
+        self.assertEqual(self.services.binaries.queries[-1]["partner"], "a+b c&d=e")
+        self.assertEqual(self.check(QUERY.replace("target=archive&", "")), {"code": 400, "message": "missing: target"})
+        self.assertEqual(self.check("/elsewhere")["code"], 404)
+
+    def test_check_answers_as_told(self):
+        for body in [*BODIES, b"\0raw"]:
+            with self.subTest(body):
+                self.services.binaries.body = body
+                answer = self.fetch(f"https://{self.services.binaries.host}{QUERY}")[2]
+                self.assertEqual(answer, body if isinstance(body, bytes) else BODIES[body]())
+        self.services.binaries.body = "string-code"
+        self.assertEqual(self.check(QUERY)["code"], "200")
+
+    def test_image_service_breaks_as_told(self):
+        url = f"https://{self.services.image.host}/any%20name.dmg"
+        path = "/any%20name.dmg"
+        cases = (
+            ({}, (200, path, IMAGE)),
+            ({"status": 203}, (203, path, IMAGE)),
+            ({"status": 404}, urllib.error.HTTPError),
+            ({"framing": "chunked"}, (200, path, IMAGE)),
+            ({"framing": "close"}, (200, path, IMAGE)),
+            ({"redirects": 3}, (200, "/hop/0" + path, IMAGE)),
+            ({"redirects": 1, "redirect_to": "/b.dmg"}, (200, "/hop/0/b.dmg", IMAGE)),
+            ({"redirects": 1, "redirect_to": "http"}, (200, "/hop/0" + path, IMAGE)),
+            ({"redirects": 99}, urllib.error.HTTPError),
+            ({"announce": -1}, (200, path, IMAGE[:-1])),
+            ({"announce": 1}, http.client.IncompleteRead),
+            ({"cut_after": 100_000}, http.client.IncompleteRead),
+            ({"cut_after": 100_000, "framing": "chunked"}, http.client.IncompleteRead),
+            ({"certificate": "wrong-host"}, urllib.error.URLError),
+            ({"certificate": "expired"}, urllib.error.URLError))
+        for faults, expected in cases:
+            with self.subTest(**faults):
+                self.services.image.faults = Faults(**faults)
+                if isinstance(expected, tuple):
+                    status, final, body = self.fetch(url)
+                    host, _, final_path = final.partition("://")[2].partition("/")
+                    self.assertEqual(host, self.services.image.host)
+                    self.assertEqual((status, "/" + final_path, body == expected[2]), (*expected[:2], True))
+                else:
+                    with self.assertRaises(expected) as caught:
+                        self.fetch(url)
+                    getattr(caught.exception, "close", lambda: None)()
+        self.assertEqual([request.secure for request in self.services.image.requests].count(False), 1)
+
+    def test_slow_and_silent_services(self):
+        start = time.monotonic()
+        self.services.image.faults = Faults(delay=0.3, bytes_per_second=len(IMAGE) * 2)
+        self.assertEqual(self.fetch(self.services.binaries.download_url)[2], IMAGE)
+        self.assertGreater(time.monotonic() - start, 0.75)
+        self.services.image.faults = Faults(hang=True)
+        with self.assertRaises(OSError):
+            self.fetch(self.services.binaries.download_url, timeout=0.3)
+
+    def test_log_service_takes_events_up_and_down(self):
+        url = f"https://{self.services.log.host}{EVENTS}"
+        self.fetch(url, b"step=23.01&content={}")
+        self.services.log.refuse_connections()
+        with self.assertRaises(urllib.error.URLError) as caught:
+            self.fetch(url, b"step=23.11")
+        self.assertIsInstance(caught.exception.reason, ConnectionRefusedError)
+        self.services.log.accept_connections()
+        self.services.log.faults.status = 500
+        with self.assertRaises(urllib.error.HTTPError) as caught:
+            self.fetch(url, b"step=23.12&lang=\xff")
+        caught.exception.close()
+        self.assertTrue(self.services.log.wait_for_step("23.12", PATIENCE))
+        self.assertEqual(self.services.log.steps, ["23.01", "23.12"])
+        self.assertEqual(self.services.log.events[-1].raw, b"step=23.12&lang=\xff")
+        lines = [json.loads(line) for line in (self.scratch / "events").read_text().splitlines()]
+        self.assertEqual([line["meaning"] for line in lines], ["launched", "check ended"])
+
+
+class Parsing(unittest.TestCase):
+    def test_events_with_unescaped_values(self):
+        cases = (
+            ('os=launcher_macosx&version=&step=23.01', {"os": "launcher_macosx", "version": "", "step": "23.01"}, None),
+            ('lang=a&b=c=&step=23.11', {"lang": "a&b=c=", "step": "23.11"}, None),
+            ('content={"partnerName":"x&step=9&y"}&step=23.12',
+             {"content": '{"partnerName":"x&step=9&y"}', "step": "23.12"}, {"partnerName": "x&step=9&y"}),
+            # Cut short, as a body with characters beyond ASCII arrives.
+            ('step=23.01&content={"partnerName":"\u00e9', {"step": "23.01", "content": '{"partnerName":"\u00e9'}, None),
+            ('', {}, None))
+        for body, fields, content in cases:
+            with self.subTest(body):
+                event = parse_event(1.5, body.encode())
+                self.assertEqual((event.fields, event.content), (fields, content))
+        self.assertEqual(len(STEPS), 17)
+
+    def test_faults_from_words(self):
+        faults = Faults()
+        for name, text in (("cut-after", "10"), ("hang", ""), ("delay", "0.5"), ("redirect-to", "/a=b")):
+            faults.set_text(name, text)
+        self.assertEqual(faults, Faults(cut_after=10, hang=True, delay=0.5, redirect_to="/a=b"))
+        wrong = (("cut-after", "-1"), ("status", "x"), ("hang", "maybe"), ("framing", "none"), ("nothing", "1"))
+        for name, text in wrong:
+            with self.subTest(name), self.assertRaises((AttributeError, ValueError)):
+                faults.set_text(name, text)
+
+
+class CommandLine(unittest.TestCase):
+    def test_says_where_it_is_and_ends_when_told_even_while_hanging(self):
+        with tempfile.TemporaryDirectory() as scratch:
+            ready = Path(scratch, "ready")
+            program = subprocess.Popen(
+                [str(TOOLS / "local_services.py"), "--ready-file", str(ready), "--fault", "binaries:hang", "--fault",
+                 "log:refuse"], env={**os.environ, "TMPDIR": scratch, "PYTHONDONTWRITEBYTECODE": "1"},
+                stdout=subprocess.PIPE)
+            self.addCleanup(program.wait)
+            self.addCleanup(program.kill)
+            self.addCleanup(program.stdout.close)
+            limit = time.monotonic() + PATIENCE
+            while not ready.exists() and program.poll() is None and time.monotonic() < limit:
+                time.sleep(0.02)
+            facts = json.loads(ready.read_text())
+            self.assertEqual(facts["pid"], program.pid)
+            client = http.client.HTTPSConnection(
+                facts["binaries"], context=ssl.create_default_context(cafile=facts["certificate"]), timeout=PATIENCE)
+            self.addCleanup(client.close)
+            client.request("GET", QUERY)
+            program.send_signal(signal.SIGTERM)
+            self.assertEqual(program.wait(PATIENCE), 0)
+            with self.assertRaises((ConnectionError, ssl.SSLError, http.client.BadStatusLine)):
+                client.getresponse()
+            self.assertEqual(os.listdir(scratch), [])

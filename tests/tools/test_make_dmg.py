@@ -1,0 +1,176 @@
+import os
+import subprocess
+import tempfile
+import unittest
+import zipfile
+from pathlib import Path
+
+from tests.tools import TOOLS
+from tests.tools.trees import needs_seven_zip, read, tree, unpack
+
+from diskimage import damage
+from diskimage.build import make_image
+from diskimage.errors import ImageError
+from diskimage.hfs_volume import Volume
+from diskimage.tree import scan
+from diskimage.udif import CHUNK_SECTORS, SECTOR_SIZE
+from sample_product import make_sample_product
+
+CHUNK_SIZE = CHUNK_SECTORS * SECTOR_SIZE
+
+
+class ImageTest(unittest.TestCase):
+    def setUp(self):
+        scratch = tempfile.TemporaryDirectory()
+        self.addCleanup(scratch.cleanup)
+        self.scratch = Path(scratch.name)
+        self.source = self.scratch / "source"
+        self.source.mkdir()
+        self.image = str(self.scratch / "image.dmg")
+
+    def make(self, **options):
+        make_image(str(self.source), self.image, **{"name": "Tolvix", **options})
+
+    def unpacked(self):
+        """The volume's name and tree, from an image that 7zz reads without complaint."""
+        out = tempfile.mkdtemp(dir=self.scratch)
+        status, said = unpack(self.image, out)
+        self.assertEqual(status, 0, said)
+        self.assertNotRegex(said.lower(), "warning|error")
+        types = [line for line in said.splitlines() if line.startswith("Type = ")]
+        self.assertEqual(types, ["Type = Dmg", "Type = HFS"])
+        volume, = os.listdir(out)
+        # 7zz puts its output folder before absolute targets.
+        return volume, tree(os.path.join(out, volume), link_prefix=os.path.realpath(out))
+
+
+@needs_seven_zip
+class RoundTrip(ImageTest):
+    def test_product_comes_back_whole_from_every_kind_of_image(self):
+        self.source.rmdir()
+        make_sample_product(str(self.source))
+        resources = self.source / "Tolvix.app" / "Contents" / "Resources"
+        # More than one chunk, with text, noise and zeros.
+        (resources / "large").write_bytes(b"text " * CHUNK_SIZE + os.urandom(CHUNK_SIZE) + bytes(3 * CHUNK_SIZE) + b"!")
+        (resources / "caf\u00e9 \u1e9b\u0323 \uac00 \u2126").write_bytes(b"composed")
+        (resources / "read-only").touch(mode=0o444)
+        (resources / "private").mkdir(mode=0o700)
+        os.utime(resources / "large", (1, 1))
+        for options in ({}, {"layout": "disk"}, {"compression": "bzip2"}, {"compression": "xz", "level": 0},
+                        {"compression": "none", "layout": "disk"}, {"level": 0}):
+            with self.subTest(**options):
+                self.make(**options)
+                self.assertEqual(self.unpacked(), ("Tolvix", tree(self.source)))
+
+    def test_thousands_of_files_need_index_levels(self):
+        for number in range(6000):
+            folder = self.source / f"folder {number % 23}"
+            folder.mkdir(exist_ok=True)
+            (folder / f"{number} {'long name ' * (number % 20)}").write_bytes(b"%d" % number)
+        self.make()
+        self.assertEqual(self.unpacked(), ("Tolvix", tree(self.source)))
+
+    def test_empty_folder_makes_an_empty_volume(self):
+        self.make(name="caf\u00e9: 5")
+        self.assertEqual(self.unpacked(), ("cafe\u0301_ 5", {}))
+
+    def test_damage_is_noticed_by_a_reader(self):
+        # Eight letters at random compress to three bits each: several chunks, all of them packed.
+        (self.source / "letters").write_bytes(os.urandom(4 * CHUNK_SIZE).translate(bytes(b"abcdefgh" * 32)))
+        self.make()
+        last_chunk = len(damage.stored_chunks(self.image)) - 1
+        cases = (
+            (damage.with_trailer, {"signature": b"none"}), (damage.with_trailer, {"list_offset": 1 << 50}),
+            (damage.cut, {"size": -SECTOR_SIZE}), (damage.cut, {"size": CHUNK_SIZE}), (damage.encrypted, {}),
+            (damage.with_damaged_chunk, {"number": 0}), (damage.with_damaged_chunk, {"number": last_chunk}))
+        for number, (make_bad, arguments) in enumerate(cases):
+            with self.subTest(make_bad.__name__, **arguments):
+                bad = str(self.scratch / f"bad {number}.dmg")
+                make_bad(self.image, bad, **arguments)
+                self.assertEqual(unpack(bad, str(self.scratch / f"out {number}"))[0], 2)
+        self.unpacked()
+
+    def test_images_without_one_volume(self):
+        (self.source / "file").write_bytes(b"data")
+        archive = self.scratch / "archive.zip"
+        with zipfile.ZipFile(archive, "w") as file:
+            file.writestr("inside", "data")
+        zipped, two = str(self.scratch / "zip.dmg"), str(self.scratch / "two.dmg")
+        damage.holding(archive.read_bytes(), zipped)
+        damage.with_two_volumes(str(self.source), str(self.source), two)
+        self.assertIn("Type = zip", unpack(zipped, str(self.scratch / "zip"))[1])
+        self.assertEqual(unpack(two, str(self.scratch / "two"))[0], 2)
+
+
+class Making(ImageTest):
+    def test_same_input_gives_the_same_bytes(self):
+        self.source.rmdir()
+        images = []
+        for attempt in range(2):
+            folder = self.scratch / str(attempt)
+            make_sample_product(str(folder), payload_files=5, payload_bytes=CHUNK_SIZE)
+            os.utime(folder / ".DS_Store", (attempt, attempt))
+            make_image(str(folder), self.image, "Tolvix", time=1_600_000_000)
+            images.append(read(self.image))
+        self.assertEqual(images[0], images[1])
+
+    def test_refusals_leave_everything_as_it_was(self):
+        (self.source / "file").write_bytes(b"data")
+        taken = self.scratch / "taken"
+        taken.mkdir()
+        link = self.scratch / "link.dmg"
+        link.symlink_to(self.source / "file")
+        pipe = self.scratch / "pipe"
+        (pipe / "sub").mkdir(parents=True)
+        os.mkfifo(pipe / "sub" / "pipe")
+        twins = self.scratch / "twins"
+        twins.mkdir()
+        for name in ("\u00e9", "e\u0301"):
+            (twins / name).touch()
+        bytes_name = self.scratch / "bytes"
+        bytes_name.mkdir()
+        with open(os.path.join(os.fsencode(bytes_name), b"\xff"), "wb"):
+            pass
+        cases = (
+            ("not a folder", self.scratch / "nothing", "out.dmg", {}),
+            ("not a folder", self.source / "file", "out.dmg", {}),
+            ("not a regular file", self.source, "taken", {}),
+            ("not a regular file", self.source, "link.dmg", {}),
+            ("lies inside", self.source, "source/out.dmg", {}),
+            ("cannot write", self.source, "missing/out.dmg", {}),
+            ("neither file", pipe, "out.dmg", {}),
+            ("same name", twins, "out.dmg", {}),
+            ("not valid UTF-8", bytes_name, "out.dmg", {}),
+            ("not a name", self.source, "out.dmg", {"name": ".."}),
+            ("too long", self.source, "out.dmg", {"name": "\u01d5" * 90}),
+            ("0 to 9", self.source, "out.dmg", {"level": 10}),
+            ("no level", self.source, "out.dmg", {"compression": "none", "level": 1}),
+            ("cannot hold the time", self.source, "out.dmg", {"time": 1 << 33}))
+        before = sorted(self.scratch.rglob("*"))
+        for message, folder, out, options in cases:
+            with self.subTest(message, out=out):
+                with self.assertRaisesRegex(ImageError, message):
+                    make_image(str(folder), str(self.scratch / out), **options)
+                self.assertEqual(sorted(self.scratch.rglob("*")), before)
+        self.assertEqual(read(self.source / "file"), b"data")
+
+    def test_file_that_changes_under_way_makes_no_image(self):
+        for change in (lambda file: file.write_bytes(b"x"), lambda file: os.utime(file, (1, 1)), Path.unlink):
+            file = self.source / "file"
+            file.write_bytes(b"data" * 1000)
+            entries = scan(str(self.source), "Tolvix")
+            change(file)
+            with self.subTest(change), self.assertRaises(ImageError):
+                list(Volume(entries).stream())
+
+    def test_command_line_replaces_an_image_and_keeps_it_on_failure(self):
+        def run(folder):
+            return subprocess.run([str(TOOLS / "make_dmg.py"), str(folder), self.image], check=False,
+                                  stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        Path(self.image).write_bytes(b"old")
+        failed = run(self.scratch / "nothing")
+        self.assertEqual((failed.returncode, read(self.image)), (1, b"old"))
+        self.assertRegex(failed.stderr, rb"^make_dmg: not a folder: .*\n$")
+        self.assertEqual(run(self.source).returncode, 0)
+        self.assertEqual(damage.read_trailer(self.image)["signature"], b"koly")
+        self.assertEqual(sorted(os.listdir(self.scratch)), ["image.dmg", "source"])

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "platform/qt/QtInterface.h"
+
+#include <gtest/gtest.h>
+
+#include <QList>
+#include <QPushButton>
+#include <QWidget>
+
+#include <memory>
+
+// A running interface, and hands and eyes for it. Widgets are found by their object names.
+class InterfaceTest : public testing::Test {
+protected:
+    struct RecordingApplication : platform::Application {
+        void terminate() override { ++quitRequests; }
+        void replyToApplicationShouldTerminate(bool /*shouldTerminate*/) override {}
+        int quitRequests = 0;
+    };
+
+    struct RecordingDelegate : platform::ApplicationDelegate {
+        void applicationDidFinishLaunching() override {}
+        platform::TerminateReply applicationShouldTerminate() override { return platform::TerminateReply::Cancel; }
+        bool applicationShouldTerminateAfterLastWindowClosed() override { return endsWithLastWindow; }
+        void showHelp() override { ++helpRequests; }
+        bool endsWithLastWindow = true;
+        int helpRequests = 0;
+    };
+
+    // Makes the interface for the language and shows its window, which then has the keyboard.
+    void start(const std::string& language = "en");
+    void TearDown() override;
+
+    platform::MainInterface& interface() { return *interface_; }
+
+    QWidget& window() const;
+    template <typename Kind = QWidget>
+    Kind& part(const char* name) const {
+        return *window().findChild<Kind*>(name);
+    }
+    // The sheets that can be seen.
+    static QList<QWidget*> sheets();
+    // The only sheet; fails the test and throws if there is another number of them. It has the keyboard.
+    static QWidget& sheet();
+    // In the order of the layout.
+    static QList<QPushButton*> buttons();
+
+    // Runs the event loop until nothing is left to do.
+    static void settle();
+    static void press(QWidget& widget, Qt::Key key, Qt::KeyboardModifiers modifiers = {});
+
+    RecordingApplication application_;
+    RecordingDelegate delegate_;
+
+private:
+    std::unique_ptr<platform::MainInterface> interface_;
+};

@@ -1,0 +1,64 @@
+#include "platform/qt/LauncherEntry.h"
+
+#include "tests/ui/UpdateReceiver.h"
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QProcess>
+#include <QTest>
+
+using platform::LauncherEntry;
+
+// A message bus of the test's own.
+class LauncherEntryTest : public testing::Test {
+protected:
+    void SetUp() override {
+        daemon_.start("dbus-daemon", {"--session", "--nofork", "--nopidfile", "--print-address"});
+        if (!daemon_.waitForStarted()) {
+            GTEST_SKIP() << "there is no message bus to try it on";
+        }
+        ASSERT_TRUE(daemon_.waitForReadyRead());
+        address_ = QString::fromUtf8(daemon_.readLine()).trimmed();
+    }
+
+    void TearDown() override {
+        daemon_.kill();
+        daemon_.waitForFinished();
+    }
+
+    QDBusConnection connect(const QString& name) const { return QDBusConnection::connectToBus(address_, name); }
+
+private:
+    int argumentCount_ = 0;
+    QCoreApplication application_{argumentCount_, nullptr};
+    QProcess daemon_;
+    QString address_;
+};
+
+TEST_F(LauncherEntryTest, TellsTheDesktopWholePerCentsAndTakesThemAway) {
+    UpdateReceiver receiver(connect("desktop"));
+    {
+        LauncherEntry entry("example.tolvix.installer", connect("program"));
+        entry.setProgress(0.0);
+        entry.setProgress(0.421);
+        entry.setProgress(0.4299);
+        entry.setProgress(1.0);
+    }
+    ASSERT_TRUE(QTest::qWaitFor([&] { return receiver.updates().size() == 4; }));
+    const auto& updates = receiver.updates();
+    EXPECT_EQ(updates[0].uri, "application://example.tolvix.installer.desktop");
+    for (const auto& [index, progress] : {std::pair(0, 0.0), {1, 0.42}, {2, 1.0}}) {
+        EXPECT_EQ(updates[index].properties["progress"].toDouble(), progress);
+        EXPECT_TRUE(updates[index].properties["progress-visible"].toBool());
+    }
+    EXPECT_FALSE(updates[3].properties["progress-visible"].toBool());
+}
+
+TEST_F(LauncherEntryTest, IsSilentWithoutABus) {
+    LauncherEntry entry("example.tolvix.installer", {});
+    entry.setProgress(0.5);
+    qunsetenv("DBUS_SESSION_BUS_ADDRESS");
+    qputenv("XDG_RUNTIME_DIR", "/nowhere");
+    EXPECT_FALSE(LauncherEntry::sessionBus().has_value());
+}

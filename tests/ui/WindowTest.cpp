@@ -1,0 +1,109 @@
+#include "tests/ui/InterfaceTest.h"
+
+#include <QApplication>
+#include <QIcon>
+#include <QLabel>
+#include <QLayout>
+#include <QScreen>
+#include <QTest>
+
+#include <csignal>
+
+class WindowTest : public InterfaceTest {};
+
+TEST_F(WindowTest, ShowsTitleAndText) {
+    start();
+    interface().window().setTitle("Tölvix — 安装");
+    interface().textIndicator().setStringValue("<b>50 %</b> & \"more\"");
+    EXPECT_EQ(window().windowTitle(), "Tölvix — 安装");
+    EXPECT_EQ(part<QLabel>("title").text(), "Tölvix — 安装");
+    EXPECT_EQ(part<QLabel>("textIndicator").text(), "<b>50 %</b> & \"more\"");
+    EXPECT_EQ(part<QLabel>("textIndicator").textFormat(), Qt::PlainText);
+}
+
+TEST_F(WindowTest, IsCentredAndCannotBeResized) {
+    start();
+    settle();
+    const QPoint off = window().geometry().center() - window().screen()->availableGeometry().center();
+    // The frame around it is not known before it is on screen.
+    EXPECT_LE(off.manhattanLength(), 30);
+    EXPECT_EQ(window().minimumSize(), window().maximumSize());
+    EXPECT_FALSE(window().windowFlags().testFlag(Qt::WindowMaximizeButtonHint));
+}
+
+TEST_F(WindowTest, GrowsWithTextAndFont) {
+    start();
+    settle();
+    const QSize before = window().size();
+    interface().textIndicator().setStringValue(std::string(20, 'W') + " " + std::string(60, 'x'));
+    settle();
+    EXPECT_GT(window().height(), before.height());
+    const QSize withText = window().size();
+    QFont font = QApplication::font();
+    font.setPointSizeF(font.pointSizeF() * 2);
+    QApplication::setFont(font);
+    settle();
+    EXPECT_GT(window().height(), withText.height());
+    EXPECT_GT(part<QLabel>("title").font().pointSizeF(), font.pointSizeF());
+}
+
+TEST_F(WindowTest, ClosingOnlyAsksToQuit) {
+    start();
+    EXPECT_FALSE(window().close());
+    EXPECT_TRUE(window().isVisible());
+    EXPECT_EQ(application_.quitRequests, 1);
+    press(window(), Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_EQ(application_.quitRequests, 2);
+}
+
+TEST_F(WindowTest, SignalsThatAskToQuitDoJustThat) {
+    start();
+    for (const int signal : {SIGTERM, SIGINT}) {
+        application_.quitRequests = 0;
+        std::raise(signal);
+        EXPECT_EQ(application_.quitRequests, 0);
+        EXPECT_TRUE(QTest::qWaitFor([this] { return application_.quitRequests == 1; })) << signal;
+    }
+}
+
+TEST_F(WindowTest, LastWindowClosedAsksTheDelegate) {
+    start();
+    delegate_.endsWithLastWindow = false;
+    emit qApp->lastWindowClosed();
+    EXPECT_EQ(application_.quitRequests, 0);
+    delegate_.endsWithLastWindow = true;
+    emit qApp->lastWindowClosed();
+    EXPECT_EQ(application_.quitRequests, 1);
+}
+
+TEST_F(WindowTest, HelpKeySendsTheHelpCommand) {
+    start();
+    press(window(), Qt::Key_F1);
+    EXPECT_EQ(delegate_.helpRequests, 1);
+    EXPECT_EQ(application_.quitRequests, 0);
+}
+
+TEST_F(WindowTest, TellsTheDesktopWhoItIs) {
+    start("pt-BR");
+    EXPECT_EQ(QGuiApplication::desktopFileName(), "example.tolvix.installer");
+    EXPECT_EQ(QCoreApplication::arguments().size(), 1);
+    EXPECT_FALSE(QGuiApplication::quitOnLastWindowClosed());
+    EXPECT_EQ(QLocale().name(), "pt_BR");
+    for (const int extent : {16, 32, 128, 256}) {
+        const QImage icon = window().windowIcon().pixmap(QSize(extent, extent), 1.0).toImage();
+        ASSERT_EQ(icon.size(), QSize(extent, extent));
+        // Opaque in the middle of its upper half, where the plate is.
+        EXPECT_EQ(icon.pixelColor(extent / 2, extent / 8).alpha(), 255) << extent;
+    }
+}
+
+// Whoever reads from right to left finds everything the other way round.
+TEST_F(WindowTest, MirrorsForRightToLeftLanguages) {
+    for (const auto& [language, mirrored] : {std::pair("en", false), {"ar", true}, {"he", true}, {"fa", true}}) {
+        start(language);
+        interface().textIndicator().setStringValue("…");
+        settle();
+        EXPECT_EQ(part("icon").x() > part("textIndicator").x(), mirrored) << language;
+        TearDown();
+    }
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "tests/ui/screenshots/Pictures.h"
+
+#include <QImage>
+
+#include <vector>
+
+// Many pictures on one sheet, a row for each look.
+class ContactSheet {
+public:
+    // A row of pictures with the text above it.
+    void addRow(const QString& title, const std::vector<Pictures::Picture>& pictures);
+
+    // Needs a Qt application object.
+    QImage draw() const;
+
+    // One picture as a small window on a plain desktop of a fitting shade, at the picture's own scale.
+    static QImage onDesktop(const QImage& picture, const QColor& desktop);
+
+private:
+    struct Row {
+        QString title;
+        std::vector<Pictures::Picture> pictures;
+
+        QSize size() const;
+    };
+
+    std::vector<Row> rows_;
+};

@@ -1,0 +1,37 @@
+#include "tests/ui/screenshots/IconFiles.h"
+
+#include <QImage>
+#include <QPainter>
+#include <QSvgRenderer>
+
+namespace {
+
+bool renderFile(const QString& source, const QString& target, int extent) {
+    QSvgRenderer renderer(source);
+    QImage image(extent, extent, QImage::Format_ARGB32);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    renderer.render(&painter);
+    painter.end();
+    return renderer.isValid() && image.save(target, "PNG", 0);
+}
+
+} // namespace
+
+bool IconFiles::render(const QDir& repository) {
+    const QDir icons(repository.filePath("platform/qt/icons"));
+    bool done = true;
+    for (const int extent : {16, 24, 32, 48, 64, 128, 256}) {
+        done &= renderFile(repository.filePath("resources/icon.svg"),
+                           icons.filePath(QString("icon-%1.png").arg(extent)), extent);
+    }
+    constexpr int alertExtent = 48;
+    for (const char* name : {"warning", "critical"}) {
+        for (const int scale : {1, 2, 3}) {
+            const int extent = alertExtent * scale;
+            done &= renderFile(icons.filePath(QString("%1.svg").arg(name)),
+                               icons.filePath(QString("%1-%2.png").arg(name).arg(extent)), extent);
+        }
+    }
+    return done;
+}

@@ -1,0 +1,112 @@
+#include "tests/ui/screenshots/Pictures.h"
+
+#include "platform/qt/QtInterface.h"
+#include "tests/ui/OffscreenDisplay.h"
+#include "tests/ui/SampleAlerts.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QWidget>
+
+#include <memory>
+
+namespace {
+
+QWidget* topLevel(const char* name) {
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (widget->objectName() == name && widget->isVisible()) {
+            return widget;
+        }
+    }
+    return nullptr;
+}
+
+void runFor(int milliseconds) {
+    QElapsedTimer time;
+    time.start();
+    while (time.elapsed() < milliseconds) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents, milliseconds);
+    }
+}
+
+// Takes pictures of one interface while it is led through its stages.
+class Photographer {
+public:
+    explicit Photographer(const Pictures::Look& look)
+        : texts_(look.language),
+          interface_(platform::makeQtInterface(
+              {.language = look.language, .identifier = "example.tolvix.installer", .name = "Tolvix Installer"})) {
+        QApplication::setPalette(look.palette);
+        QApplication::setFont(QFont("Noto Sans", look.fontSize));
+        interface_->window().setTitle(texts_.text("WINDOW_TITLE"));
+        interface_->progressIndicator().setIndeterminate(true);
+        interface_->progressIndicator().startAnimation();
+        interface_->textIndicator().setStringValue(texts_.text("DOWNLOADING"));
+        interface_->start(application_, delegate_);
+    }
+
+    std::vector<Pictures::Picture> takeAll() {
+        takeStages();
+        takeAlerts();
+        return std::move(pictures_);
+    }
+
+private:
+    struct NoApplication : platform::Application {
+        void terminate() override {}
+        void replyToApplicationShouldTerminate(bool /*shouldTerminate*/) override {}
+    };
+
+    struct NoDelegate : platform::ApplicationDelegate {
+        void applicationDidFinishLaunching() override {}
+        platform::TerminateReply applicationShouldTerminate() override { return platform::TerminateReply::Cancel; }
+        bool applicationShouldTerminateAfterLastWindowClosed() override { return false; }
+        void showHelp() override {}
+    };
+
+    void takeStages() {
+        platform::ProgressIndicator& bar = interface_->progressIndicator();
+        constexpr int awayFromTheEdge = 500;
+        runFor(awayFromTheEdge);
+        take("check", "MainInterface");
+        bar.setIndeterminate(false);
+        bar.setDoubleValue(62);
+        take("download", "MainInterface");
+        bar.setIndeterminate(true);
+        bar.startAnimation();
+        interface_->textIndicator().setStringValue(texts_.text("INSTALLING"));
+        runFor(awayFromTheEdge * 2);
+        take("install", "MainInterface");
+        bar.stopAnimation();
+        take("stopped", "MainInterface");
+    }
+
+    void takeAlerts() {
+        const std::vector<platform::Alert> alerts = SampleAlerts::all(texts_);
+        for (std::size_t index = 0; index < alerts.size(); ++index) {
+            interface_->alerts().beginSheet(alerts[index], [](int) {});
+            take(QString("alert-%1").arg(index), "AlertSheet");
+            topLevel("AlertSheet")->close();
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        }
+    }
+
+    void take(const QString& name, const char* widgetName) {
+        QCoreApplication::processEvents();
+        QWidget* widget = topLevel(widgetName);
+        pictures_.push_back({name, widget->grab().toImage()});
+    }
+
+    TextTable texts_;
+    NoApplication application_;
+    NoDelegate delegate_;
+    std::unique_ptr<platform::MainInterface> interface_;
+    std::vector<Pictures::Picture> pictures_;
+};
+
+} // namespace
+
+std::vector<Pictures::Picture> Pictures::take(const Look& look, double scale) {
+    OffscreenDisplay::use({1920, 1080}, scale);
+    return Photographer(look).takeAll();
+}

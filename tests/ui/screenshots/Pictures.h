@@ -1,0 +1,29 @@
+#pragma once
+
+#include "platform/UserInterface.h"
+#include "tests/ui/TextTable.h"
+
+#include <QImage>
+#include <QPalette>
+#include <QString>
+
+#include <vector>
+
+// Pictures of the real window and its alerts, in one language and one set of colours.
+class Pictures {
+public:
+    struct Look {
+        std::string language;
+        QPalette palette;
+        // The size of the desktop's font in points.
+        int fontSize = 10;
+    };
+
+    struct Picture {
+        QString name;
+        QImage image;
+    };
+
+    // The scale is the number of device pixels to a logical one.
+    static std::vector<Picture> take(const Look& look, double scale);
+};

@@ -1,0 +1,260 @@
+#include "check/TXCheckController.h"
+#include "download/TXDownloadController.h"
+#include "install/TXInstallController.h"
+#include "telemetry/TXInstallerLogController.h"
+#include "tests/unit/FlowWorld.h"
+
+// The launch, the order of step codes for every outcome, the deferred quit, and the whole run on the real stages.
+
+namespace {
+
+const std::string feedBeginning = "https://binaries.example/5/binaries/query?platform=launcher_macosx&target=archive"
+                                  "&format=json&currentSoftwareVersion=2001&os=OS_X_10_9_5&partner=";
+
+} // namespace
+
+class FlowTest : public testing::Test, public FlowWorld {
+protected:
+    // Launches with the real stages in place of the recording ones, up to the running download.
+    void launchRealStages() {
+        use({[](auto delegate) { return std::make_shared<TXCheckController>(std::move(delegate)); },
+             [](auto delegate) { return std::make_shared<TXDownloadController>(std::move(delegate)); },
+             [](auto delegate) { return std::make_shared<TXInstallController>(std::move(delegate)); }});
+        system.transfers.answers[feedBeginning] =
+            R"({"code":200,"content":{"download_url":"https://h/Tolvix.dmg","version":"5.1.0"}})";
+        system.tasks.tools["/usr/bin/hdiutil"].effect = [this](const auto& task) {
+            for (const char* name : {"/Tolvix.app/new", "/a"})
+                system.files.addFile(task.arguments.at(3) + name);
+        };
+        launch();
+        system.threads.runAll();
+    }
+};
+
+TEST_F(FlowTest, LaunchSaysWhatItWillDoAndAsksForTheImage) {
+    launch({"--partnerName", "acme", "--campaignID", "spring"});
+    EXPECT_EQ(system.console.messages, Texts{"Tolvix Installation:\n"
+                                             "- PartnerName: acme\n"
+                                             "- PartnerID: (null)\n"
+                                             "- CampaignID: spring\n"
+                                             "- Silent: 0\n"
+                                             "- Auto start: 1\n"
+                                             "- Installer version: 2.0.1"});
+    EXPECT_EQ(newSteps(), "23.01");
+    EXPECT_EQ(fields(0)["content"],
+              R"({"autoStart":"1","campaignId":"spring","partnerName":"acme","silentInstall":"0"})");
+    EXPECT_EQ(journal, Texts{"check " + feedBeginning + "acme"});
+    EXPECT_TRUE(TXInstallerConfig::autoStart());
+    EXPECT_TRUE(app->applicationShouldTerminateAfterLastWindowClosed());
+}
+
+TEST_F(FlowTest, AutoStartOffReachesEventAndConfiguration) {
+    system.bundles.information.insert_or_assign("TXBinariesHost", foundation::Value("no host"));
+    launch({"--auto-start", "NO"});
+    EXPECT_EQ(fields(0)["content"], R"({"autoStart":"0","silentInstall":"0"})");
+    EXPECT_FALSE(TXInstallerConfig::autoStart());
+    EXPECT_EQ(journal, Texts{"check (null)"}) << "a host that makes no address still starts the check";
+}
+
+TEST_F(FlowTest, HelpPrintsAndQuitsAndStartsNothing) {
+    const auto before = TXInstallerLogController::sharedTXInstallerLogController();
+    launch({"--help", "--partnerID", "7", "--auto-start", "NO"});
+    EXPECT_EQ(TXInstallerLogController::sharedTXInstallerLogController(), before);
+    ASSERT_EQ(system.console.messages.size(), 1U);
+    const std::string values = "- PartnerID: 7\n- CampaignID: (null)\n- Auto start: 0\n";
+    EXPECT_NE(system.console.messages[0].find(values), std::string::npos);
+    EXPECT_TRUE(newSteps().empty());
+    EXPECT_TRUE(journal.empty());
+    system.threads.runAll();
+    EXPECT_TRUE(system.application.ended);
+}
+
+TEST_F(FlowTest, EveryOutcomePostsItsCodesInOrder) {
+    struct Row {
+        const char* name;
+        int stagesDone;
+        std::function<void(FlowWorld& flow)> ending;
+        std::string codes;
+        Texts alerts;
+        std::string console;
+    };
+    const Row rows[] = {
+        {"success", 3, [](FlowWorld&) {}, "23.01 23.11 23.12 23.21 23.22 23.31 23.32", {}, ""},
+        {"check fails",
+         0,
+         [](FlowWorld& flow) { flow.app->checkWillStart(), flow.app->checkDidFailWithError(flow.error); },
+         "23.01 23.11 23.13",
+         {"CHECK"},
+         "Check did fail with error: Error Domain=D Code=7 \"(null)\""},
+        {"download fails",
+         1,
+         [](FlowWorld& flow) { flow.app->downloadWillStartAtURL({}), flow.app->downloadDidFailWithError(flow.error); },
+         "23.01 23.11 23.12 23.21 23.23",
+         {"DOWNLOAD"},
+         "Download did fail with error: Error Domain=D Code=7 \"(null)\""},
+        {"download cannot begin",
+         1,
+         [](FlowWorld& flow) { flow.app->downloadDidFailWithError({}); },
+         "23.01 23.11 23.12 23.23",
+         {"DOWNLOAD"},
+         "Download did fail with error: (null)"},
+        {"install fails twice, the second time without its controller",
+         2,
+         [](FlowWorld& flow) {
+             flow.app->installWillStart();
+             for (int i = 0; i < 2; ++i)
+                 flow.app->installDidFailWithError({});
+         },
+         "23.01 23.11 23.12 23.21 23.22 23.31 23.33 23.33",
+         {"INSTALL", "INSTALL"},
+         "Install did fail with error: (null)"},
+        {"launch fails",
+         2,
+         [](FlowWorld& flow) { flow.app->installWillStart(), flow.app->launchDidFailWithError(flow.error); },
+         "23.01 23.11 23.12 23.21 23.22 23.31 23.34",
+         {},
+         "Launch did fail with error: Error Domain=D Code=7 \"(null)\""},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        FlowWorld flow;
+        flow.launch();
+        flow.system.console.messages = {""};
+        if (row.stagesDone > 0)
+            flow.check();
+        if (row.stagesDone > 1)
+            flow.download();
+        if (row.stagesDone > 2)
+            flow.install();
+        flow.end();
+        row.ending(flow);
+        EXPECT_EQ(flow.newSteps(), row.codes);
+        EXPECT_EQ(flow.system.console.messages.back(), row.console);
+        EXPECT_TRUE(flow.stage.expired()) << "the flow still holds a stage";
+        ASSERT_EQ(flow.system.alerts.count(), row.alerts.size());
+        EXPECT_EQ(flow.quits(), row.alerts.empty());
+        for (const std::string& alert : row.alerts) {
+            EXPECT_EQ(flow.system.alerts.shown().messageText, "MAC_LAUNCHER_FAILED_" + alert + "_TITLE");
+            flow.system.alerts.answer(1000);
+        }
+        EXPECT_TRUE(flow.quits());
+    }
+}
+
+TEST_F(FlowTest, StagesAreStartedAndDroppedOneAfterTheOther) {
+    launchToCheck();
+    check();
+    download();
+    EXPECT_EQ(app->directURL(), archive);
+    install();
+    EXPECT_EQ(journal, (Texts{"download https://h/Tolvix.dmg", "install /tmp/me/1.tolvix/Tolvix.dmg"}));
+    EXPECT_EQ(window.changes, (Texts{"text MAC_LAUNCHER_DOWNLOADING", "determinate", "value 0.000000",
+                                     "text MAC_LAUNCHER_DOWNLOADING", "value 50.000000", "indeterminate",
+                                     "indeterminate", "start", "text MAC_LAUNCHER_INSTALLING", "stop"}));
+}
+
+TEST_F(FlowTest, StoppingAbortsOnlyWhatIsInProgress) {
+    launchToCheck();
+    app->stopCheck();
+    app->startDownloadAtURL(archive);
+    end();
+    app->stopDownload();
+    app->stopDownload();
+    app->startInstallAtURL(file);
+    app->stopInstall();
+    EXPECT_EQ(journal, (Texts{"abort check", "download https://h/Tolvix.dmg", "install /tmp/me/1.tolvix/Tolvix.dmg",
+                              "abort install"}));
+    EXPECT_TRUE(stage.expired());
+}
+
+TEST_F(FlowTest, VersionsGetTheirSuffixOnce) {
+    launch();
+    for (const auto& [found, sent] : {std::pair("5.1.0", "5.1.0-dmg"), std::pair("5.1.0-dmg", "5.1.0-dmg"),
+                                      std::pair("", "-dmg"), std::pair("dmg", "dmg-dmg")}) {
+        app->checkDidEndWithURL(archive, found);
+        EXPECT_EQ(fields(system.transfers.posts.size() - 1)["version"], sent);
+        app->stopDownload();
+    }
+}
+
+// Deliberate in the program: the store edition is reported and the installation goes on.
+TEST_F(FlowTest, TheStoreEditionIsReportedAndTheDownloadStarts) {
+    system.files.addFolder("/Users/me/Library/Containers/example.tolvix.desktop");
+    launch();
+    check();
+    EXPECT_EQ(newSteps(), "23.01 23.11 23.12 23.51");
+    EXPECT_EQ(journal.back(), "download https://h/Tolvix.dmg");
+    EXPECT_EQ(system.alerts.count(), 0U);
+}
+
+TEST_F(FlowTest, QuittingWaitsForTheLastEventWhicheverThatIs) {
+    for (const std::vector<std::size_t>& order : {std::vector<std::size_t>{0, 1, 2}, {2, 1, 0}, {1, 2, 0}}) {
+        FlowWorld flow;
+        flow.launch();
+        flow.app->installWillStart();
+        flow.app->installDidEnd();
+        ASSERT_EQ(flow.system.transfers.posts.size(), 3U);
+        for (const std::size_t post : order) {
+            EXPECT_EQ(flow.system.application.requests, 0);
+            flow.system.transfers.failPost(post, error);
+        }
+        EXPECT_EQ(flow.system.application.requests, 1);
+    }
+}
+
+TEST_F(FlowTest, FinishedEventsAloneNeverQuit) {
+    launchToCheck();
+    EXPECT_EQ(system.application.requests, 0);
+    app->installDidEnd();
+    EXPECT_EQ(system.application.requests, 0) << "its own event is still in flight";
+    EXPECT_TRUE(quits());
+}
+
+TEST_F(FlowTest, ACountBelowZeroQuitsAtOnce) {
+    launchToCheck();
+    for (int i = 0; i < 2; ++i)
+        app->installerLogRequestDidFinish();
+    app->launchDidFailWithError(error);
+    EXPECT_EQ(system.application.requests, 1);
+}
+
+TEST_F(FlowTest, AnEventThatCannotBeSentHoldsTheQuit) {
+    system.transfers.refusesPosts = true;
+    launch();
+    system.transfers.refusesPosts = false;
+    app->installDidEnd();
+    EXPECT_FALSE(quits());
+}
+
+TEST_F(FlowTest, TheRealStagesInstallFromEndToEnd) {
+    launchRealStages();
+    ASSERT_EQ(system.transfers.downloads.size(), 1U);
+    system.transfers.downloads[0]->finish();
+    system.threads.runAll();
+    EXPECT_EQ(newSteps(), "23.01 23.11 23.12 23.21 23.22 23.31 23.32");
+    EXPECT_FALSE(system.application.ended);
+    EXPECT_TRUE(quits());
+    EXPECT_TRUE(system.files.has("/Applications/Tolvix.app/new"));
+    EXPECT_EQ(system.workspace.requests, Texts{"launch /Applications/Tolvix.app"});
+    EXPECT_EQ(system.files.contentsOfDirectory("/tmp/me"), Texts{"UNIQUE"}) << "only the mount point is left";
+}
+
+TEST_F(FlowTest, ResultsThatComeLateFindTheFlowWithoutItsController) {
+    launchRealStages();
+    newSteps();
+    for (const char* name : {"Tolvix.app", "a"}) {
+        system.files.failAt(FakeFiles::Operation::Copy, std::string("/tmp/me/UNIQUE/") + name);
+    }
+    system.transfers.downloads[0]->finish();
+    system.threads.runAll();
+    EXPECT_EQ(newSteps(), "23.22 23.31 23.33 23.33");
+    EXPECT_EQ(system.alerts.count(), 2U);
+}
+
+TEST_F(FlowTest, ADownloadThatCannotBeMadeEndsInsideItsStart) {
+    system.transfers.refusesDownloads = true;
+    launchRealStages();
+    EXPECT_EQ(newSteps(), "23.01 23.11 23.12 23.23");
+    EXPECT_EQ(system.alerts.shown().messageText, "MAC_LAUNCHER_FAILED_DOWNLOAD_TITLE");
+    EXPECT_EQ(app->applicationShouldTerminate(), platform::TerminateReply::Now);
+}

@@ -1,0 +1,120 @@
+#include "foundation/JSON.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+// What reads as JSON, in which encodings, and what is refused; the writing of texts. The messages of errors are free.
+
+using foundation::parseJSON;
+using foundation::Value;
+using namespace std::string_literals;
+
+namespace {
+
+template <class Content>
+Value list(Content content) {
+    return Value(Value::Array{Value(std::move(content))});
+}
+
+std::string nested(std::size_t levels, const std::string& inner) {
+    return std::string(levels, '[') + inner + std::string(levels, ']');
+}
+
+} // namespace
+
+TEST(JSONTest, ReadsDocuments) {
+    struct Row {
+        const char* name;
+        std::string text;
+        Value expected;
+    };
+    const Value one(Value::Dictionary{{"a", Value(std::int64_t{1})}});
+    const Row rows[] = {
+        {"trailing comma in an object", "{\"a\":1,}", one},
+        {"trailing comma in an array", "[1,]", list(std::int64_t{1})},
+        {"blanks everywhere", " \t\r\n{ \"a\" : 1 } \n", one},
+        {"the last of two equal keys", "{\"a\":true,\"a\":1}", one},
+        {"null is present", "{\"a\":null}", Value(Value::Dictionary{{"a", Value()}})},
+        {"escapes", R"(["\"\\\/\b\f\n\r\t\u00e9\ud83d\ude00"])", list("\"\\/\b\f\n\r\t\xC3\xA9\xF0\x9F\x98\x80")},
+        {"largest whole number", "[9223372036854775807]", list(std::int64_t{INT64_MAX})},
+        {"beyond whole numbers", "[9223372036854775808]", list(9223372036854775808.0)},
+        {"fraction and exponent", "[-0.5e+2]", list(-50.0)},
+        {"beyond all numbers", "[1e999]", list(HUGE_VAL)},
+        {"UTF-8 with a mark", "\xEF\xBB\xBF{\"a\":1}", one},
+        {"UTF-16LE", "{\0\"\0a\0\"\0:\0001\0}\0"s, one},
+        {"UTF-16BE", "\0{\0\"\0a\0\"\0:\0001\0}"s, one},
+        {"UTF-16 surrogate pair", "[\0\"\0\x3D\xD8\x00\xDE\"\0]\0"s, list("\xF0\x9F\x98\x80")},
+        {"UTF-32LE", "[\0\0\0001\0\0\0]\0\0\0"s, list(std::int64_t{1})},
+        {"UTF-32BE", "\0\0\0[\0\0\0001\0\0\0]"s, list(std::int64_t{1})},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const auto answer = parseJSON(row.text);
+        ASSERT_TRUE(std::holds_alternative<Value>(answer)) << std::get<foundation::Error>(answer).description();
+        EXPECT_EQ(std::get<Value>(answer), row.expected) << std::get<Value>(answer).description();
+    }
+}
+
+TEST(JSONTest, NestingEndsAtFiveHundredAndTwelveLevels) {
+    EXPECT_TRUE(std::holds_alternative<Value>(parseJSON(nested(512, ""))));
+    EXPECT_TRUE(std::holds_alternative<Value>(parseJSON(nested(512, "1"))));
+    EXPECT_FALSE(std::holds_alternative<Value>(parseJSON(nested(513, ""))));
+}
+
+TEST(JSONTest, RefusesEverythingElse) {
+    const std::pair<const char*, std::string> rows[] = {
+        {"empty", ""},
+        {"number at the top", "200"},
+        {"null at the top", "null"},
+        {"second value", "{}x"},
+        {"missing comma", "[1 2]"},
+        {"two commas", "[1,,]"},
+        {"single quotes", "{'a':1}"},
+        {"bare key", "{a:1}"},
+        {"missing value", "{\"a\":}"},
+        {"comment", "{}//"},
+        {"leading zero", "[01]"},
+        {"missing fraction", "[1.]"},
+        {"missing whole part", "[.5]"},
+        {"plus sign", "[+1]"},
+        {"not a number", "[NaN]"},
+        {"raw control character", "[\"\n\"]"},
+        {"unknown escape", R"(["\x41"])"},
+        {"short escape", R"(["\u12"])"},
+        {"low surrogate alone", R"(["\udc00"])"},
+        {"high surrogate and a letter", R"(["\ud800\u0041"])"},
+        {"unterminated text", "[\"a"},
+        {"unterminated escape", "[\"\\"},
+        {"invalid UTF-8", "[\"\xFF\"]"},
+        {"overlong UTF-8", "[\"\xC0\xAF\"]"},
+        {"half a UTF-16 unit", "\xFF\xFE[\0]"s},
+        {"hundred thousand brackets", std::string(100000, '[')},
+        {"hundred thousand objects",
+         [] {
+             std::string text;
+             for (int i = 0; i < 100000; ++i)
+                 text += "{\"a\":";
+             return text;
+         }()},
+    };
+    for (const auto& [name, text] : rows) {
+        SCOPED_TRACE(name);
+        const auto answer = parseJSON(text);
+        ASSERT_TRUE(std::holds_alternative<foundation::Error>(answer));
+        EXPECT_EQ(std::get<foundation::Error>(answer).domain, "NSCocoaErrorDomain");
+        EXPECT_EQ(std::get<foundation::Error>(answer).code, 3840);
+    }
+}
+
+TEST(JSONTest, WritesTextsThatReadBackTheSame) {
+    const auto written = [](const std::map<std::string, std::string>& texts) {
+        return std::get<std::string>(foundation::serializeJSON(texts));
+    };
+    const std::string odd = "\"\\/\b\f\n\r\t\x01\x1F\xC3\xA9\xF0\x9F\x98\x80 &=";
+    EXPECT_EQ(std::get<Value>(parseJSON(written({{"k\"", odd}, {"b", ""}}))),
+              Value(Value::Dictionary{{"k\"", Value(odd)}, {"b", Value("")}}));
+    EXPECT_EQ(written({{"a", "x/y"}, {"b", "\x02"}}), R"({"a":"x\/y","b":"\u0002"})");
+    EXPECT_EQ(written({}), "{}");
+    EXPECT_TRUE(std::holds_alternative<foundation::Error>(foundation::serializeJSON({{"a", "\xFF"}})));
+}

@@ -1,0 +1,165 @@
+#include "telemetry/TXInstallerLogController.h"
+#include "tests/unit/CoreTest.h"
+
+// What an event carries, how its body is written, and that each start is matched by one end.
+
+namespace {
+
+struct RecordingLogDelegate : TXInstallerLogControllerDelegate, TXInstallerLogRequestDelegate {
+    void installerLogRequestWillStart() override { ++started; }
+    void installerLogRequestDidFinish() override { ++finished; }
+    void requestDidFinish(const TXInstallerLogRequest& /*request*/) override { ++finished; }
+    int started = 0;
+    int finished = 0;
+};
+
+} // namespace
+
+class LogControllerTest : public CoreTest {
+protected:
+    std::shared_ptr<TXInstallerLogController> makeController() const {
+        return std::make_shared<TXInstallerLogController>(delegate);
+    }
+
+    // The fields of an event that a new controller posts.
+    std::map<std::string, std::string> event() {
+        makeController()->installerLogToServerWithCode("23.11");
+        return fields(system.transfers.posts.size() - 1);
+    }
+
+    // What goes out for the arguments alone.
+    std::string posted(const std::optional<TXInstallerLogRequest::Arguments>& arguments) {
+        const auto url = *foundation::URL::withString("https://log.example/x");
+        std::make_shared<TXInstallerLogRequest>(delegate)->sendRequest(url, arguments);
+        return system.transfers.posts.back().request.body;
+    }
+
+    std::shared_ptr<RecordingLogDelegate> delegate = std::make_shared<RecordingLogDelegate>();
+};
+
+TEST_F(LogControllerTest, AnEventDescribesTheInstallation) {
+    const std::map<std::string, std::string> expected{{"anonymouscomputerid", "00000000-0000-4000-8000-000000000001"},
+                                                      {"os", "launcher_macosx"},
+                                                      {"version", ""},
+                                                      {"osversion", "OS_X_10_9_5"},
+                                                      {"country", "CH"},
+                                                      {"oscountry", "CH"},
+                                                      {"lang", "fr-CH"},
+                                                      {"oslang", "fr-CH"},
+                                                      {"launcherVersion", "2.0.1"},
+                                                      {"buildVersion", "2001"},
+                                                      {"freshInstall", "1"},
+                                                      {"step", "23.11"},
+                                                      {"content", "{}"}};
+    EXPECT_EQ(event(), expected);
+    const platform::PostRequest& request = system.transfers.posts[0].request;
+    EXPECT_EQ(request.url.absoluteString(), "https://log.example/1/installerlog/create");
+    EXPECT_EQ(request.headerName + ": " + request.headerValue, "content-type: application/x-www-form-urlencoded");
+    system.files.addFolder("/Applications/Tolvix.app");
+    EXPECT_EQ(event()["freshInstall"], "0");
+}
+
+// Deliberate in the program: a locale without a country sends the first four arguments alone.
+TEST_F(LogControllerTest, TheArgumentListEndsAtItsFirstMissingValue) {
+    Texts keys{"anonymouscomputerid", "os",   "version", "osversion",       "country",
+               "oscountry",           "lang", "oslang",  "launcherVersion", "buildVersion"};
+    const auto expectFirst = [&](std::size_t count) {
+        keys.resize(count);
+        auto sent = event();
+        EXPECT_EQ(sent.size(), count + 2) << "and the step and the content";
+        for (const std::string& key : keys)
+            EXPECT_EQ(sent.count(key), 1U) << key;
+    };
+    system.bundles.information.erase("CFBundleVersion");
+    expectFirst(9);
+    system.bundles.information.erase("CFBundleShortVersionString");
+    expectFirst(8);
+    system.locale.languages.clear();
+    expectFirst(6);
+    system.locale.country.reset();
+    expectFirst(4);
+}
+
+TEST_F(LogControllerTest, TheVersionIsEmptyUntilItIsKnown) {
+    const auto controller = makeController();
+    controller->setVersion("5.1.0-dmg");
+    controller->setVersion(std::nullopt);
+    controller->installerLogToServerWithCode("23.12");
+    EXPECT_EQ(fields(0)["version"], "5.1.0-dmg");
+}
+
+TEST_F(LogControllerTest, PrecisionsOverrideSharedOnesInTheirEventAlone) {
+    TXInstallerConfig::setPartnerName("acme");
+    TXInstallerConfig::setPartnerID("7");
+    TXInstallerConfig::setCampaignID("spring");
+    const auto controller = makeController();
+    const TXInstallerLogController::Precisions precisions{{"partnerName", "other"}, {"autoStart", "1"}};
+    controller->installerLogToServerWithCode("23.01", precisions, true);
+    controller->installerLogToServerWithCode("23.11");
+    EXPECT_EQ(fields(0)["content"], R"({"autoStart":"1","campaignId":"spring","partnerId":"7","partnerName":"other"})");
+    EXPECT_EQ(fields(1)["content"], R"({"campaignId":"spring","partnerId":"7","partnerName":"acme"})");
+}
+
+// Deliberate in the program: every event goes out at once.
+TEST_F(LogControllerTest, FlushMakesNoDifference) {
+    const auto controller = makeController();
+    for (const bool flush : {false, true})
+        controller->installerLogToServerWithCode("23.01", std::nullopt, flush);
+    ASSERT_EQ(system.transfers.posts.size(), 2U);
+    EXPECT_EQ(system.transfers.posts[0].request.body, system.transfers.posts[1].request.body);
+}
+
+TEST_F(LogControllerTest, AContentThatIsNoTextIsSentEmpty) {
+    TXInstallerConfig::setPartnerName("\xFF");
+    EXPECT_EQ(event()["content"], "{}");
+    ASSERT_EQ(system.console.messages.size(), 1U);
+    EXPECT_EQ(system.console.messages[0].rfind("JSON serialization failed with error: Error Domain=", 0), 0U);
+}
+
+TEST_F(LogControllerTest, EventsArePrintedOnlyWhereAsked) {
+    system.locale.country.reset();
+    event();
+    EXPECT_TRUE(system.console.messages.empty());
+    system.preferences.stored["example.tolvix.agent"].emplace("TXDumpUsageLogs", foundation::Value(true));
+    event();
+    EXPECT_EQ(system.console.messages, Texts{"[INSTALLER_LOG] 23.11\n"
+                                             "{\n"
+                                             "    anonymouscomputerid = \"00000000-0000-4000-8000-000000000001\";\n"
+                                             "    content = \"{}\";\n"
+                                             "    os = \"launcher_macosx\";\n"
+                                             "    osversion = \"OS_X_10_9_5\";\n"
+                                             "    step = \"23.11\";\n"
+                                             "    version = \"\";\n"
+                                             "}\n"});
+}
+
+TEST_F(LogControllerTest, EachStartIsMatchedByOneEnd) {
+    for (int i = 0; i < 3; ++i)
+        event();
+    EXPECT_EQ(delegate->started, 3);
+    EXPECT_EQ(delegate->finished, 0);
+    system.transfers.finishPost(2);
+    EXPECT_TRUE(system.console.messages.empty());
+    system.transfers.failPost(0, {foundation::urlErrorDomain, -1004, {}});
+    EXPECT_EQ(system.console.messages,
+              Texts{"Request did fail with error: Error Domain=NSURLErrorDomain Code=-1004 \"(null)\""});
+    EXPECT_EQ(delegate->finished, 2);
+}
+
+// Deliberate in the program: the service reads the body as it is.
+TEST_F(LogControllerTest, KeysAndValuesGoOutRaw) {
+    EXPECT_EQ(posted(std::nullopt), "");
+    EXPECT_EQ(posted(TXInstallerLogRequest::Arguments()), "");
+    EXPECT_EQ(posted({{{"step", "23.11"}}}), "step=23.11");
+    EXPECT_EQ(posted({{{"a", "x&y=%41 +z\n"}, {"b", "{\"c\":\"d\"}"}}}), "a=x&y=%41 +z\n&b={\"c\":\"d\"}");
+}
+
+// Deliberate in the program: a body beyond ASCII loses as many bytes at its end as it has more than UTF-16 units.
+TEST_F(LogControllerTest, TheBodyIsCutToItsUtf16Length) {
+    const char* const rows[][2] = {{"plain", "l=plain"},
+                                   {"\xC3\xA9", "l=\xC3"},
+                                   {"\xE2\x82\xACuros", "l=\xE2\x82\xACur"},
+                                   {"\xF0\x9F\x98\x80!!", "l=\xF0\x9F\x98\x80"}};
+    for (const auto& [value, body] : rows)
+        EXPECT_EQ(posted({{{"l", value}}}), body);
+}

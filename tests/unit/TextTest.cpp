@@ -1,0 +1,139 @@
+#include "foundation/Text.h"
+
+#include "foundation/PathString.h"
+#include "foundation/PercentEscape.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+
+// The rules for path texts, numbers read from texts, descriptions and escapes.
+
+namespace path = foundation::path;
+using foundation::Error;
+using foundation::Value;
+
+TEST(PathStringTest, TakesPathsApart) {
+    struct Row {
+        const char* path;
+        const char* last;
+        const char* folder;
+        const char* extension;
+        const char* withoutExtension;
+        std::vector<std::string> components;
+    };
+    const Row rows[] = {{"/tmp/a.tiff", "a.tiff", "/tmp", "tiff", "/tmp/a", {"/", "tmp", "a.tiff"}},
+                        {"/tmp/", "tmp", "/", "", "/tmp", {"/", "tmp", "/"}},
+                        {"/", "/", "/", "", "/", {"/"}},
+                        {"", "", "", "", "", {}},
+                        {"a", "a", "", "", "a", {"a"}},
+                        {"a///", "a", "", "", "a", {"a", "/"}},
+                        {"/a//b.app/", "b.app", "/a", "app", "/a//b", {"/", "a", "b.app", "/"}},
+                        {"a..tiff", "a..tiff", "", "tiff", "a.", {"a..tiff"}},
+                        {".tiff", ".tiff", "", "", ".tiff", {".tiff"}},
+                        {"/a.b/c", "c", "/a.b", "", "/a.b/c", {"/", "a.b", "c"}},
+                        {"/a/..", "..", "/a", "", "/a/..", {"/", "a", ".."}},
+                        {"/x/T (1.2).app", "T (1.2).app", "/x", "app", "/x/T (1.2)", {"/", "x", "T (1.2).app"}}};
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.path);
+        EXPECT_EQ(path::lastPathComponent(row.path), row.last);
+        EXPECT_EQ(path::deletingLastPathComponent(row.path), row.folder);
+        EXPECT_EQ(path::pathExtension(row.path), row.extension);
+        EXPECT_EQ(path::deletingPathExtension(row.path), row.withoutExtension);
+        EXPECT_EQ(path::pathComponents(row.path), row.components);
+    }
+}
+
+TEST(PathStringTest, JoinsWithOneSlashAndNeverReplacesThePath) {
+    const char* const rows[][3] = {{"/tmp/", "x.dmg", "/tmp/x.dmg"},
+                                   {"/", "x", "/x"},
+                                   {"", "x", "x"},
+                                   {"/tmp/", "", "/tmp"},
+                                   {"/tmp", "/", "/tmp"},
+                                   {"/tmp//a", "/b//c/", "/tmp/a/b/c"}};
+    for (const auto& [folder, name, joined] : rows)
+        EXPECT_EQ(path::appendingPathComponent(folder, name), joined);
+    EXPECT_EQ(path::appendingPathExtension("/a/b/", "app"), "/a/b.app");
+    EXPECT_EQ(path::appendingPathExtension("/a/b", ""), "/a/b");
+    EXPECT_EQ(path::expandingTilde("~/Library", "/Users/me/"), "/Users/me/Library");
+    EXPECT_EQ(path::expandingTilde("~", "/Users/me"), "/Users/me");
+    EXPECT_EQ(path::expandingTilde("~other/x", "/Users/me"), "~other/x");
+}
+
+TEST(ValueTest, ReadsNumbersAndFlagsOutOfEveryKind) {
+    struct Row {
+        Value value;
+        std::int64_t integer;
+        bool flag;
+    };
+    const Row rows[] = {{Value(" \t+200abc"), 200, true},
+                        {Value("200.7"), 200, true},
+                        {Value(" -007"), -7, true},
+                        {Value("000"), 0, false},
+                        {Value(""), 0, false},
+                        {Value("0xC8"), 0, false},
+                        {Value("YES"), 0, true},
+                        {Value("true"), 0, true},
+                        {Value("No"), 0, false},
+                        {Value("99999999999999999999"), LLONG_MAX, true},
+                        {Value("-99999999999999999999"), LLONG_MIN, true},
+                        {Value(true), 1, true},
+                        {Value(200.7), 200, true},
+                        {Value(-0.5), 0, true},
+                        {Value(1e300), LLONG_MAX, true},
+                        {Value(-1e300), LLONG_MIN, true},
+                        {Value(), 0, false},
+                        {Value(Value::Array{Value("1")}), 0, false}};
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.value.description());
+        EXPECT_EQ(row.value.integerValue(), row.integer);
+        EXPECT_EQ(row.value.boolValue(), row.flag);
+    }
+}
+
+TEST(ValueTest, DescribesContainersReadably) {
+    const Value list(Value::Array{Value(true), Value("two words")});
+    const Value value(Value::Dictionary{{"b", list}, {"a key", Value("say \"hi\"\n")}, {"c", Value()}});
+    EXPECT_EQ(value.description(), "{\n"
+                                   "    \"a key\" = \"say \\\"hi\\\"\\n\";\n"
+                                   "    b = (\n"
+                                   "        1,\n"
+                                   "        \"two words\"\n"
+                                   "    );\n"
+                                   "    c = <null>;\n"
+                                   "}");
+    EXPECT_EQ(Value("as it is\n").description(), "as it is\n");
+}
+
+TEST(ErrorTest, DescribesItselfOnOneLine) {
+    EXPECT_EQ(Error::withDescription("D", 4002, "no file").description(),
+              "Error Domain=D Code=4002 \"no file\" UserInfo={NSLocalizedDescription=no file}");
+    const Error hostile{"a\x1B[2J\nb",
+                        -4,
+                        {{"message", Value("\xC2\x9B"
+                                           "1\x07\xFF")}}};
+    EXPECT_EQ(hostile.description(),
+              "Error Domain=a\\x1b[2J\\nb Code=-4 \"(null)\" UserInfo={message=\\xc2\\x9b1\\x07\\xff}");
+}
+
+TEST(TextTest, InsertsArgumentsAsTheyAre) {
+    EXPECT_EQ(foundation::format("%@ and %@%%@ %d", {"%@", "b", "x"}), "%@ and b%x %d");
+    EXPECT_EQ(foundation::textOf(std::optional<std::string>()), "(null)");
+    EXPECT_EQ(foundation::textOf(std::optional<Error>()), "(null)");
+    EXPECT_EQ(foundation::textOf(std::optional<foundation::URL>()), "(null)");
+}
+
+TEST(PercentEscapeTest, EscapesWhatMayNotStandInAURL) {
+    const char* const rows[][2] = {{"a b", "a%20b"},
+                                   {"%41", "%2541"},
+                                   {"a/b?c#d[e]", "a/b?c%23d%5Be%5D"},
+                                   {"it's~(x)!*;,:@$_-.&=+", "it's~(x)!*;,:@$_-.&=+"},
+                                   {"\t\x7F", "%09%7F"},
+                                   {"\"<>\\^{}`|", "%22%3C%3E%5C%5E%7B%7D%60%7C"}};
+    for (const auto& [text, escaped] : rows) {
+        EXPECT_EQ(foundation::addingPercentEscapes(text), escaped);
+        EXPECT_EQ(foundation::removingPercentEscapes(escaped), text);
+    }
+    EXPECT_EQ(foundation::addingPercentEscapes("caf\xC3\xA9"), std::nullopt);
+    EXPECT_EQ(foundation::removingPercentEscapes("%zz%4"), "%zz%4");
+}
