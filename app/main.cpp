@@ -130,6 +130,7 @@ int main(int argc, char** argv) {
     system.interface->start(system.application, *delegate);
     const int status = system.application.run();
     system.fileChanges.removeLeftovers();
+    system.surroundings.processInfo.removeEmptyTemporaryFolder();
     // Ends at once, whatever the other threads are doing, and without taking anything from under them.
     std::_Exit(status);
 }

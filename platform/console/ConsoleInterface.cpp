@@ -2,9 +2,9 @@
 
 #include "platform/console/ConsoleAlerts.h"
 #include "platform/console/ConsoleProgress.h"
-#include "platform/qtcore/QuitSignals.h"
 #include "platform/linux/TerminalOutput.h"
 #include "platform/posix/PosixTasks.h"
+#include "platform/qtcore/QuitSignals.h"
 
 #include <QCoreApplication>
 #include <QtGlobal>

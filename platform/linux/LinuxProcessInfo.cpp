@@ -122,9 +122,17 @@ std::string LinuxProcessInfo::temporaryDirectory() {
         if (base.empty() || !isUsableFolder(base)) {
             base = "/tmp";
         }
-        temporaryFolder_ = isPrivateFolder(base) ? base : makePrivateFolder(base);
+        temporaryFolderIsOwn_ = !isPrivateFolder(base);
+        temporaryFolder_ = temporaryFolderIsOwn_ ? makePrivateFolder(base) : base;
     }
     return temporaryFolder_ + '/';
+}
+
+void LinuxProcessInfo::removeEmptyTemporaryFolder() {
+    const std::lock_guard lock(mutex_);
+    if (temporaryFolderIsOwn_ && isPrivateFolder(temporaryFolder_)) {
+        ::rmdir(temporaryFolder_.c_str());
+    }
 }
 
 std::string LinuxProcessInfo::homeDirectory() {

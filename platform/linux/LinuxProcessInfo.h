@@ -22,11 +22,15 @@ public:
     std::string systemPath(const std::string& path) override;
     double secondsSinceReferenceDate() override;
 
+    // Removes the folder that temporaryDirectory() made in a shared one, if nothing is in it any more.
+    void removeEmptyTemporaryFolder();
+
 private:
     const std::vector<std::string> arguments_;
     const std::string root_;
     std::mutex mutex_;
     std::string temporaryFolder_;
+    bool temporaryFolderIsOwn_ = false;
 };
 
 } // namespace platform

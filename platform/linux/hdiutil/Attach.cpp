@@ -72,7 +72,7 @@ Failure undone(MountPoint& mountPoint, const Interruption& interruption, const s
         mountPoint.removeFolder();
     if (error != 0)
         return systemFailure(std::string(reason.what()) + "; the mount point is not empty", error);
-    return Failure(reason.what());
+    return Failure{reason.what()};
 }
 
 } // namespace

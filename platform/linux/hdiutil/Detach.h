@@ -6,6 +6,6 @@ namespace hdiutil {
 
 // Removes a mount point that attach filled, with everything in it. Throws Failure, and touches nothing, if the folder
 // is anything else.
-void detach(const std::string& mountPoint);
+void detach(const std::string& path);
 
 } // namespace hdiutil

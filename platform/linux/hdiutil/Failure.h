@@ -15,7 +15,7 @@ public:
 
 // A failed system call: what was tried, and the text of the error number (errno unless one is given).
 inline Failure systemFailure(const std::string& attempt, int error = errno) {
-    return Failure(attempt + ": " + std::generic_category().message(error));
+    return Failure{attempt + ": " + std::generic_category().message(error)};
 }
 
 } // namespace hdiutil
