@@ -5,8 +5,8 @@ run_packages="7zip python3 openssl ca-certificates xdg-utils"
 test_packages="libgtest-dev libssl-dev libqt6svg6-dev xvfb xauth xdotool openbox x11-utils dbus sudo"
 check_packages="clang-format-14 clang-tidy-14 libclang-rt-14-dev"
 
-# Installs the packages that are missing. Without apt it says what is needed and goes on, as all may be there in another
-# form; without the right to install it says what to install.
+# Installs the packages that are missing, with sudo where needed. Where that cannot be done it says what is needed and
+# goes on, as all may be there in another form.
 install_packages() {
     if ! command -v apt-get >/dev/null || ! command -v dpkg-query >/dev/null; then
         echo "No apt here. Needed, by their Debian names: $*" >&2
@@ -20,11 +20,8 @@ install_packages() {
     echo "Installing missing packages: ${missing[*]}"
     local elevate=()
     [ "$(id -u)" = 0 ] || elevate=(sudo)
-    if [ ${#elevate[@]} -gt 0 ] && ! command -v sudo >/dev/null; then
-        echo "Please install as administrator: ${missing[*]}" >&2
-        return 1
+    if ! "${elevate[@]}" apt-get update -qq || ! "${elevate[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null; then
+        echo "Could not install them; going on without. Please install as administrator: ${missing[*]}" >&2
     fi
-    "${elevate[@]}" apt-get update -qq
-    "${elevate[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
-        "${missing[@]}" >/dev/null
 }
