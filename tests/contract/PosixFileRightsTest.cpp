@@ -141,15 +141,15 @@ TEST_F(PosixFileRights, AnotherUsersFolderIsNeverTakenForOurs) {
 TEST_F(PosixFileRights, TheRootIsNeverRemoved) {
     if (!isSuperuser())
         GTEST_SKIP() << "only the superuser can give a process another root";
-    folder_.write("tmp/work/file", "x");
+    folder_.write("tmp/own/file", "x");
     const std::string wrong = inChild([this](Expectations& expect) {
         if (::chroot(at("").c_str()) != 0 || ::chdir("/") != 0)
             return expect.require(false, "no root of its own");
-        for (const char* path : {"/", "//", "/.", "/..", "/tmp/..", "/tmp/../", "/tmp/work/../.."}) {
+        for (const char* path : {"/", "//", "/.", "/..", "/tmp/..", "/tmp/../", "/tmp/own/../.."}) {
             expect.require(!changes_.removePrivateFolder(path), path);
             expect.require(!changes_.removeItem(path), path);
         }
-        expect.require(fs::exists("/tmp/work/file"), "kept");
+        expect.require(fs::exists("/tmp/own/file"), "kept");
     });
     EXPECT_EQ(wrong, "");
 }

@@ -289,16 +289,16 @@ TEST_F(PosixFiles, AMoveToAnotherVolumeIsWholeOrNotAtAll) {
 }
 
 TEST_F(PosixFiles, PrivateFoldersAreKnownByWhatTheyAreNotByTheirText) {
-    folder_.write("root/home/work/file", "x");
+    folder_.write("root/home/own/file", "x");
     fs::create_directory_symlink("root", at("alias"));
     platform::PosixFileChanges changes({at("alias/home"), {}, at("root/tmp")});
     // The same folders by the name that was not given, and what holds the link.
     for (const char* name : {"root/home", "root", "alias/home"})
         EXPECT_FALSE(changes.removePrivateFolder(at(name)));
     EXPECT_FALSE(changes.removePrivateFolder(folder_.path()));
-    EXPECT_TRUE(fs::exists(at("root/home/work/file")));
-    EXPECT_TRUE(changes.removePrivateFolder(at("alias/home/work")));
-    EXPECT_FALSE(fs::exists(at("root/home/work")));
+    EXPECT_TRUE(fs::exists(at("root/home/own/file")));
+    EXPECT_TRUE(changes.removePrivateFolder(at("alias/home/own")));
+    EXPECT_FALSE(fs::exists(at("root/home/own")));
     EXPECT_TRUE(fs::exists(at("alias")));
 }
 
@@ -329,14 +329,14 @@ TEST_F(PosixFiles, LeftoversGoAlthoughOthersAreAtWorkInThem) {
         folder_.write("tree/" + std::to_string(index % 20) + "/f" + std::to_string(index), "x");
     platform::PosixFileChanges changes({{}, {}, at("tmp")});
     fs::create_directory(at("tmp"));
-    ASSERT_TRUE(changes.createDirectory(at("tmp/work")));
-    ASSERT_TRUE(changes.copyItem(at("tree"), at("tmp/work/first")));
-    std::thread copying([&] { changes.copyItem(at("tree"), at("tmp/work/second")); });
-    std::thread removing([&] { changes.removeItem(at("tmp/work/first")); });
+    ASSERT_TRUE(changes.createDirectory(at("tmp/own")));
+    ASSERT_TRUE(changes.copyItem(at("tree"), at("tmp/own/first")));
+    std::thread copying([&] { changes.copyItem(at("tree"), at("tmp/own/second")); });
+    std::thread removing([&] { changes.removeItem(at("tmp/own/first")); });
     EXPECT_TRUE(changes.removeLeftovers());
     copying.join();
     removing.join();
-    EXPECT_FALSE(fs::exists(at("tmp/work")));
+    EXPECT_FALSE(fs::exists(at("tmp/own")));
     EXPECT_TRUE(fs::exists(at("tmp")));
 }
 

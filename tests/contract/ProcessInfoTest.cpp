@@ -31,7 +31,7 @@ TEST(ProcessInfo, systemPathsMoveBelowTheRoot) {
     for (const char* root : {"", "/", "//"}) {
         EXPECT_EQ(LinuxProcessInfo({}, root).systemPath("/Applications"), "/Applications");
     }
-    EXPECT_EQ(LinuxProcessInfo({}, "/srv/root/").systemPath("/Applications/X.app"), "/srv/root/Applications/X.app");
+    EXPECT_EQ(LinuxProcessInfo({}, "/srv/other/").systemPath("/Applications/X.app"), "/srv/other/Applications/X.app");
 }
 
 TEST(ProcessInfo, theVersionIsTheKernels) {
