@@ -68,8 +68,12 @@ PosixFileChanges::PosixFileChanges(ProtectedPaths paths)
       protected_({std::move(paths.home), std::move(paths.applications), std::move(paths.temporaryRoot)}) {}
 
 bool PosixFileChanges::createDirectory(const std::string& path, ErrorOut error) {
-    return attempt("create", error,
-                   [&] { createFolders(path, [this](const MadeFolder& folder) { remember(folder); }); });
+    return attempt("create", error, [&] {
+        const std::lock_guard lock(creation_);
+        if (ended_)
+            throw FileFailure{writing, path, ECANCELED, "the program is ending"};
+        createFolders(path, [this](const MadeFolder& folder) { remember(folder); });
+    });
 }
 
 bool PosixFileChanges::copyItem(const std::string& from, const std::string& to, ErrorOut error) {
@@ -138,6 +142,10 @@ void PosixFileChanges::forget(const std::string& path) {
 }
 
 bool PosixFileChanges::removeLeftovers() {
+    {
+        const std::lock_guard lock(creation_);
+        ended_ = true;
+    }
     for (int round = 0; round < leftoverRounds; ++round) {
         if (round > 0)
             std::this_thread::sleep_for(leftoverPause);

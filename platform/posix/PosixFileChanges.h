@@ -31,8 +31,8 @@ public:
     int removeExtendedAttribute(const std::string& path, const char* name, int options) override;
 
     // Removes the folders that createDirectory made below the temporary root and that are still there, with their
-    // content. For the end of the program: threads and tools may still be at work in them, so it tries for about half a
-    // second. Whether none is left.
+    // content; from then on none can be made. For the end of the program: threads and tools may still be at work in
+    // them, so it tries for about half a second. Whether none is left.
     bool removeLeftovers();
 
 private:
@@ -42,6 +42,9 @@ private:
 
     std::string temporaryRoot_;
     ProtectedFolders protected_;
+    // Held while folders are made, so that none appears behind the back of the last removal.
+    std::mutex creation_;
+    bool ended_ = false;
     std::mutex mutex_;
     std::vector<MadeFolder> leftovers_;
 };

@@ -69,6 +69,11 @@ int Interruption::waitForChild(pid_t child) {
 }
 
 bool Interruption::isParentGone() const {
+    constexpr timespec pause{0, 10'000'000};
+    constexpr int mostPauses = 100;
+    // The signal comes with the end of the parent's thread, a moment before the process itself is gone.
+    for (int pauses = 0; _requested && ::getppid() == _parent && pauses < mostPauses; ++pauses)
+        ::nanosleep(&pause, nullptr);
     return ::getppid() != _parent;
 }
 
