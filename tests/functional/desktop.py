@@ -3,6 +3,7 @@ from __future__ import annotations
 
 import os
 import shutil
+import signal
 import subprocess
 import time
 from typing import Callable, List
@@ -34,15 +35,18 @@ class Desktop:
         os.close(writing)
         with os.fdopen(reading) as numbers:
             self.display = ":" + numbers.readline().strip()
-        self._manager = subprocess.Popen(["openbox"], env=self._environment(), stdin=subprocess.DEVNULL,
-                                         stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        wait_until(lambda: self._ask("getactivewindow") is not None or self._managed(), "the window manager")
+        # Started again when it crashes, as it can when windows come and go quickly.
+        self._manager = subprocess.Popen(["sh", "-c", "while :; do openbox; sleep 0.1; done"], start_new_session=True,
+                                         env=self._environment(), stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                                         stderr=subprocess.DEVNULL)
+        wait_until(lambda: self._ask("get_num_desktops") is not None, "the window manager")
         return self
 
     def __exit__(self, *_) -> None:
-        for process in (self._manager, self._server):
-            process.terminate()
-            process.wait()
+        os.killpg(self._manager.pid, signal.SIGKILL)
+        self._manager.wait()
+        self._server.terminate()
+        self._server.wait()
 
     def windows(self, process: int) -> List[str]:
         """The process's windows that are on screen."""
@@ -62,9 +66,6 @@ class Desktop:
     def close(self, window: str) -> None:
         """Lets the window manager close the window, as its close button does."""
         self.press(window, "alt+F4")
-
-    def _managed(self) -> bool:
-        return self._ask("get_num_desktops") is not None
 
     def _environment(self):
         return {**os.environ, "DISPLAY": self.display}
