@@ -19,6 +19,7 @@ from diskimage.build import make_image  # noqa: E402
 from sample_product import make_sample_product  # noqa: E402
 from services import LocalServices  # noqa: E402
 from trial import BUNDLE, REPOSITORY, Trial  # noqa: E402
+from virtual_display import VirtualDisplay  # noqa: E402
 
 BENCH = REPOSITORY / "build" / "bench"
 TOOLS = REPOSITORY / "build" / "release" / "tools" / "bench"
@@ -118,21 +119,8 @@ def bench_memory(services, trial, images):
         print(f"peak memory, {megabytes} MB product      {peak:8.1f} MB")
 
 
-class Screen:
-    """A display without a monitor, and the moments at which windows appear on it."""
-
-    def __enter__(self):
-        reading, writing = os.pipe()
-        self._server = subprocess.Popen(["Xvfb", "-displayfd", str(writing), "-screen", "0", "1280x800x24"],
-                                        pass_fds=[writing], stdin=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        os.close(writing)
-        with os.fdopen(reading) as numbers:
-            self.display = ":" + numbers.readline().strip()
-        return self
-
-    def __exit__(self, *_):
-        self._server.terminate()
-        self._server.wait()
+class Screen(VirtualDisplay):
+    """A display, and the moments at which windows appear on it."""
 
     def measure(self, command, environment, until=lambda: True):
         """Seconds until the command's window is on screen, and its peak memory in MB; ends it once `until` holds."""

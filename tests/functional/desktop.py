@@ -8,6 +8,8 @@ import subprocess
 import time
 from typing import Callable, List
 
+from tests.functional.installer_case import VirtualDisplay
+
 TOOLS = ("Xvfb", "openbox", "xdotool")
 
 
@@ -25,16 +27,11 @@ def wait_until(holds: Callable[[], object], what: str, seconds: float = 20) -> N
         time.sleep(0.02)
 
 
-class Desktop:
+class Desktop(VirtualDisplay):
     """Runs while the `with` block does; `display` is its name."""
 
     def __enter__(self) -> Desktop:
-        reading, writing = os.pipe()
-        self._server = subprocess.Popen(["Xvfb", "-displayfd", str(writing), "-screen", "0", "1280x800x24"],
-                                        pass_fds=[writing], stdin=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        os.close(writing)
-        with os.fdopen(reading) as numbers:
-            self.display = ":" + numbers.readline().strip()
+        super().__enter__()
         # Started again when it crashes, as it can when windows come and go quickly.
         self._manager = subprocess.Popen(["sh", "-c", "while :; do openbox; sleep 0.1; done"], start_new_session=True,
                                          env=self._environment(), stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
@@ -45,8 +42,7 @@ class Desktop:
     def __exit__(self, *_) -> None:
         os.killpg(self._manager.pid, signal.SIGKILL)
         self._manager.wait()
-        self._server.terminate()
-        self._server.wait()
+        super().__exit__()
 
     def windows(self, process: int) -> List[str]:
         """The process's windows that are on screen."""

@@ -16,6 +16,7 @@ from diskimage.build import make_image  # noqa: E402
 from sample_product import make_sample_product  # noqa: E402
 from services import LocalServices  # noqa: E402
 from trial import Trial  # noqa: E402
+from virtual_display import VirtualDisplay  # noqa: E402
 
 BUNDLE = Path(os.environ.get("TOLVIX_BUNDLE", REPOSITORY / "build" / "release" / "Tolvix Installer.app"))
 IDENTIFIER = "example.tolvix.desktop"
