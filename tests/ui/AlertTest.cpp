@@ -1,5 +1,5 @@
 #include "tests/ui/InterfaceTest.h"
-#include "tests/ui/SampleAlerts.h"
+#include "tools/pictures/SampleAlerts.h"
 
 #include <QApplication>
 #include <QClipboard>

@@ -1,6 +1,6 @@
 #include "tests/ui/InterfaceTest.h"
-#include "tests/ui/OffscreenDisplay.h"
-#include "tests/ui/SampleAlerts.h"
+#include "tools/pictures/OffscreenDisplay.h"
+#include "tools/pictures/SampleAlerts.h"
 
 #include <QApplication>
 #include <QLabel>

@@ -2,7 +2,7 @@
 #include "platform/qt/ProgressColors.h"
 #include "platform/qt/ProgressState.h"
 #include "tests/ui/InterfaceTest.h"
-#include "tests/ui/Palettes.h"
+#include "tools/pictures/Palettes.h"
 
 #include <QApplication>
 #include <QProgressBar>

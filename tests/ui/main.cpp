@@ -1,4 +1,4 @@
-#include "tests/ui/OffscreenDisplay.h"
+#include "tools/pictures/OffscreenDisplay.h"
 
 #include <gtest/gtest.h>
 

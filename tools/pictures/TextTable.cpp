@@ -1,4 +1,4 @@
-#include "tests/ui/TextTable.h"
+#include "tools/pictures/TextTable.h"
 
 #include "foundation/StringsTable.h"
 

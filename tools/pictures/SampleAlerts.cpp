@@ -1,4 +1,4 @@
-#include "tests/ui/SampleAlerts.h"
+#include "tools/pictures/SampleAlerts.h"
 
 using platform::Alert;
 using platform::AlertStyle;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/UserInterface.h"
-#include "tests/ui/TextTable.h"
+#include "tools/pictures/TextTable.h"
 
 #include <QImage>
 #include <QPalette>

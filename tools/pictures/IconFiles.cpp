@@ -1,4 +1,4 @@
-#include "tests/ui/screenshots/IconFiles.h"
+#include "tools/pictures/IconFiles.h"
 
 #include <QImage>
 #include <QPainter>

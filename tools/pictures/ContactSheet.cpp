@@ -1,4 +1,4 @@
-#include "tests/ui/screenshots/ContactSheet.h"
+#include "tools/pictures/ContactSheet.h"
 
 #include <QPainter>
 #include <QPainterPath>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tests/ui/screenshots/Pictures.h"
+#include "tools/pictures/Pictures.h"
 
 #include <QImage>
 

@@ -1,4 +1,4 @@
-#include "tests/ui/Palettes.h"
+#include "tools/pictures/Palettes.h"
 
 namespace {
 

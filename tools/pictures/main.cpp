@@ -1,11 +1,11 @@
 // Draws the window and every alert, in several languages and colours, on one sheet; and the two pictures of the
 // introduction. Usage: screenshots REPOSITORY OUTPUT-FOLDER, or screenshots --icons REPOSITORY to draw the icons anew.
 
-#include "tests/ui/OffscreenDisplay.h"
-#include "tests/ui/Palettes.h"
-#include "tests/ui/screenshots/ContactSheet.h"
-#include "tests/ui/screenshots/IconFiles.h"
-#include "tests/ui/screenshots/Pictures.h"
+#include "tools/pictures/ContactSheet.h"
+#include "tools/pictures/IconFiles.h"
+#include "tools/pictures/OffscreenDisplay.h"
+#include "tools/pictures/Palettes.h"
+#include "tools/pictures/Pictures.h"
 
 #include <QApplication>
 

@@ -1,8 +1,8 @@
-#include "tests/ui/screenshots/Pictures.h"
+#include "tools/pictures/Pictures.h"
 
 #include "platform/qt/QtInterface.h"
-#include "tests/ui/OffscreenDisplay.h"
-#include "tests/ui/SampleAlerts.h"
+#include "tools/pictures/OffscreenDisplay.h"
+#include "tools/pictures/SampleAlerts.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
