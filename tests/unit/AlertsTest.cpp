@@ -29,69 +29,44 @@ void expectAlert(const Alert& alert, AlertStyle style, const std::string& subjec
 class AlertsTest : public testing::Test, public FlowWorld {};
 
 TEST_F(AlertsTest, FailureAlertsOfferTheManualDownloadOnlyWhereItCanBe) {
-    struct Row {
-        const char* name;
-        bool flags[3];
-        bool checked;
-        const char* subject;
-        bool offers;
-    };
-    const Row rows[] = {{"check", {true, false, false}, false, "CHECK", false},
-                        {"check with an address", {true, false, false}, true, "CHECK", false},
-                        {"download", {false, true, false}, true, "DOWNLOAD", true},
-                        {"download without an address", {false, true, false}, false, "DOWNLOAD", false},
-                        {"install", {false, false, true}, true, "INSTALL", true},
-                        {"no flag", {false, false, false}, false, "INSTALL", false},
-                        {"all flags", {true, true, true}, true, "CHECK", false},
-                        {"the later two", {false, true, true}, true, "DOWNLOAD", true}};
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
+    const auto shown = [](bool checked, bool onCheck, bool onDownload, bool onInstall) {
         FlowWorld flow;
-        if (row.checked)
+        if (checked)
             flow.launchToDownload();
-        flow.app->showFailureOnCheck(row.flags[0], row.flags[1], row.flags[2]);
-        const std::size_t last = row.offers ? 1 : 0;
-        expectAlert(flow.system.alerts.shown(), AlertStyle::Critical, failed + row.subject,
-                    row.offers ? Texts{manual, quit} : Texts{quit}, last, last);
-    }
+        flow.app->showFailureOnCheck(onCheck, onDownload, onInstall);
+        return flow.system.alerts.shown();
+    };
+    const AlertStyle style = AlertStyle::Critical;
+    expectAlert(shown(false, true, false, false), style, failed + "CHECK", {quit}, 0, 0);
+    expectAlert(shown(true, true, true, true), style, failed + "CHECK", {quit}, 0, 0);
+    expectAlert(shown(true, false, true, false), style, failed + "DOWNLOAD", {manual, quit}, 1, 1);
+    expectAlert(shown(false, false, true, false), style, failed + "DOWNLOAD", {quit}, 0, 0);
+    expectAlert(shown(true, false, false, true), style, failed + "INSTALL", {manual, quit}, 1, 1);
 }
 
 TEST_F(AlertsTest, EveryAnswerLogsItsCodeAndQuitsAfterIt) {
-    using Show = void (*)(TXAppDelegate&);
-    const Show failure = [](TXAppDelegate& flow) { flow.showFailureOnCheck(false, true, false); };
-    const Show warning = [](TXAppDelegate& flow) { flow.showMacAppStoreWarning(); };
-    struct Row {
-        const char* name;
-        Show show;
-        bool checked;
-        int code;
-        std::string step;
-        std::string opened;
-    };
-    const std::string direct = "https://h/Tolvix.dmg";
-    const Row rows[] = {
-        {"failure, manual download", failure, true, 1000, "23.42", direct},
-        {"failure, quit", failure, true, 1001, "23.43", ""},
-        {"failure without an address, quit", failure, false, 1000, "", ""},
-        {"failure, closed by the system", failure, true, 0, "", ""},
-        {"store, open", warning, true, 1000, "23.54", "macappstore://store.example/app/id42"},
-        {"store, quit", warning, true, 1001, "23.53", ""},
-        {"store, manual download", warning, true, 1002, "23.52", direct},
-        {"store, closed by the system", warning, true, 0, "", ""},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
+    // The code and the opened address of an answer to the store warning, or to a failure; 0 is the system's answer.
+    const auto answer = [](bool store, int code, bool checked = true) {
         FlowWorld flow;
-        row.checked ? flow.launchToDownload() : flow.launchToCheck();
+        checked ? flow.launchToDownload() : flow.launchToCheck();
         flow.app->stopDownload();
-        row.show(*flow.app);
+        store ? flow.app->showMacAppStoreWarning() : flow.app->showFailureOnCheck(false, true, false);
         flow.settle();
-        flow.system.alerts.answer(row.code);
-        EXPECT_EQ(flow.newSteps(), row.step);
-        EXPECT_EQ(flow.system.workspace.opened, row.opened.empty() ? Texts() : Texts{row.opened});
-        EXPECT_EQ(flow.system.application.requests, row.step.empty() ? 1 : 0) << "the quit waits for the event";
+        flow.system.alerts.answer(code);
+        Texts result = flow.system.workspace.opened;
+        result.insert(result.begin(), flow.newSteps());
+        EXPECT_EQ(flow.system.application.requests, result[0].empty() ? 1 : 0) << "the quit waits for the event";
         EXPECT_TRUE(flow.quits());
-    }
+        return result;
+    };
+    EXPECT_EQ(answer(false, 1000), (Texts{"23.42", "https://h/Tolvix.dmg"}));
+    EXPECT_EQ(answer(false, 1001), Texts{"23.43"});
+    EXPECT_EQ(answer(false, 1000, false), Texts{""});
+    EXPECT_EQ(answer(false, 0), Texts{""});
+    EXPECT_EQ(answer(true, 1000), (Texts{"23.54", "macappstore://store.example/app/id42"}));
+    EXPECT_EQ(answer(true, 1001), Texts{"23.53"});
+    EXPECT_EQ(answer(true, 1002), (Texts{"23.52", "https://h/Tolvix.dmg"}));
+    EXPECT_EQ(answer(true, 0), Texts{""});
 }
 
 TEST_F(AlertsTest, TheStoreWarningEndsTheInstallation) {
@@ -107,13 +82,6 @@ TEST_F(AlertsTest, TheStoreWarningEndsTheInstallation) {
     early.launchToCheck();
     early.app->showMacAppStoreWarning();
     expectAlert(early.system.alerts.shown(), AlertStyle::Warning, store, {store + "_OPEN", store + "_QUIT"}, 1, 1);
-}
-
-TEST_F(AlertsTest, TextsAreLookedUpInTheTable) {
-    system.bundles.table = {{failed + "CHECK_TITLE", "Titel"}, {quit, "Beenden"}};
-    app->showFailureOnCheck(true, false, false);
-    EXPECT_EQ(system.alerts.shown().messageText, "Titel");
-    EXPECT_EQ(system.alerts.shown().buttons, Texts{"Beenden"});
 }
 
 TEST_F(AlertsTest, HelpOpensTheSupportPageAndLogsNothing) {
@@ -133,31 +101,22 @@ TEST_F(AlertsTest, ARunningCheckAndAnEndedDownloadAreNotBusy) {
     EXPECT_EQ(system.alerts.count(), 0U);
 }
 
-TEST_F(AlertsTest, QuittingWhileBusyAsksFirst) {
-    for (const bool installing : {false, true}) {
-        for (const bool leave : {false, true}) {
-            SCOPED_TRACE(std::string(installing ? "install, " : "download, ") + (leave ? "quit" : "continue"));
-            FlowWorld flow;
-            installing ? flow.launchToInstall() : flow.launchToDownload();
-            flow.userQuits();
-            expectAlert(flow.system.alerts.shown(), AlertStyle::Warning, busy, {busy + "_CONTINUE", busy + "_QUIT"}, 0,
-                        1);
-            flow.system.alerts.answer(leave ? 1001 : 1000);
-            EXPECT_EQ(flow.system.application.replies, std::vector<bool>{leave});
-            EXPECT_EQ(flow.system.application.ended, leave);
-            EXPECT_EQ(flow.stage.expired(), leave);
-            EXPECT_EQ(flow.journal, leave ? Texts{installing ? "abort install" : "abort download"} : Texts());
-            EXPECT_EQ(flow.newSteps(), "");
-        }
+TEST_F(AlertsTest, QuittingWhileBusyAsksFirstAndWaitsForNoEvents) {
+    for (const auto& [installing, leave] : {std::pair(false, false), {false, true}, {true, false}, {true, true}}) {
+        SCOPED_TRACE(std::string(installing ? "install, " : "download, ") + (leave ? "quit" : "continue"));
+        FlowWorld flow;
+        installing ? flow.launchToInstall() : flow.launchToDownload();
+        installing ? flow.app->installWillStart() : flow.app->downloadWillStartAtURL(file);
+        flow.newSteps();
+        flow.userQuits();
+        expectAlert(flow.system.alerts.shown(), AlertStyle::Warning, busy, {busy + "_CONTINUE", busy + "_QUIT"}, 0, 1);
+        flow.system.alerts.answer(leave ? 1001 : 1000);
+        EXPECT_EQ(flow.system.application.replies, std::vector<bool>{leave});
+        EXPECT_EQ(flow.system.application.ended, leave);
+        EXPECT_EQ(flow.stage.expired(), leave);
+        EXPECT_EQ(flow.journal, leave ? Texts{installing ? "abort install" : "abort download"} : Texts());
+        EXPECT_EQ(flow.newSteps(), "");
     }
-}
-
-TEST_F(AlertsTest, LeavingDoesNotWaitForEvents) {
-    launchToDownload();
-    app->downloadWillStartAtURL(file);
-    userQuits();
-    system.alerts.answer(1001);
-    EXPECT_TRUE(system.application.ended);
 }
 
 TEST_F(AlertsTest, AFlowThatEndsUnderTheOpenQuestionQuitsAfterTheAnswer) {

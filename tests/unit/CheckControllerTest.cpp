@@ -1,7 +1,7 @@
 #include "check/TXCheckController.h"
 
 #include "app/TXAppDelegate.h"
-#include "tests/unit/CoreTest.h"
+#include "tests/unit/RecordingDelegate.h"
 
 // The feed query, every kind of answer to it, the image shipped beside the installer, and who is told when.
 
@@ -12,22 +12,6 @@ namespace {
 
 const std::string feed = "https://binaries.example/q";
 
-struct RecordingCheckDelegate : TXCheckControllerDelegate {
-    explicit RecordingCheckDelegate(FakeThreads& fake) : threads(fake) {}
-    void add(const std::string& message) { messages.push_back((threads.inBackground() ? "off main: " : "") + message); }
-    void checkWillStart() override { add("start"); }
-    void checkDidEndWithURL(const URL& url, const std::string& version) override {
-        add("end " + url.absoluteString() + " " + version);
-    }
-    void checkDidFailWithError(const std::optional<foundation::Error>& error) override {
-        add(error ? "fail " + error->domain + " " + std::to_string(error->code) : "fail");
-        lastError = error;
-    }
-    FakeThreads& threads;
-    Texts messages;
-    std::optional<foundation::Error> lastError;
-};
-
 } // namespace
 
 class CheckControllerTest : public CoreTest {
@@ -36,56 +20,41 @@ protected:
     Texts check() {
         start();
         system.threads.runAll();
-        return std::exchange(delegate->messages, {});
+        return delegate->taken();
     }
 
-    std::shared_ptr<RecordingCheckDelegate> delegate = std::make_shared<RecordingCheckDelegate>(system.threads);
+    std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>(system.threads);
     std::shared_ptr<TXCheckController> controller = std::make_shared<TXCheckController>(delegate);
 };
 
 TEST_F(CheckControllerTest, EveryAnswerEndsTheCheckOnce) {
-    const std::string good = R"({"code":200,"content":{"download_url":"https://h/T.dmg","version":"5.1"}})";
+    const std::string content = R"("content":{"download_url":"https://h/T.dmg","version":"5.1"}})";
     const std::string found = "end https://h/T.dmg 5.1";
-    struct Row {
-        const char* name;
-        std::string answer;
-        std::string expected;
+    const std::pair<std::string, std::string> rows[] = {
+        {R"({"code":200,)" + content, found},
+        {R"({"code":"200 OK",)" + content, found},
+        {R"([{"code":200,)" + content + "]",
+         "fail TXBinariesServiceErrorDomain 0 The service's answer is not an object."},
+        {"", "fail"},
+        {"<html>", "fail NSCocoaErrorDomain 3840"},
+        {R"({"code":404,"message":"Not found"})", "fail Not found 404"},
+        {R"({"code":null,"message":"m"})", "fail m 0"},
+        {R"({"code":{"a":200},"message":"m"})", "fail m 0"},
+        {R"({"code":1e999,"message":"m"})", "fail m 9223372036854775807"},
+        {R"({"code":404})", "fail TXBinariesServiceErrorDomain 404"},
+        {R"({"code":404,"message":{"a":[1]}})", "fail TXBinariesServiceErrorDomain 404"},
+        {R"({"code":200})", "fail"},
+        {R"({"code":200,"content":["download_url"]})", "fail"},
+        {R"({"code":200,"content":{"download_url":"a b","version":"5.1"}})", "fail"},
+        {R"({"code":200,"content":{"download_url":5,"version":"5.1"}})", "fail"},
+        {R"({"code":200,"content":{"download_url":"https://h/a"}})", "fail"},
+        {R"({"code":200,"content":{"download_url":"https://h/a","version":5}})", "fail"},
+        {R"({"code":200,"content":{"download_url":"","version":""}})", "end  "},
     };
-    const Row rows[] = {
-        {"success", good, found},
-        {"code as text", R"({"code":"200 OK","content":{"download_url":"https://h/T.dmg","version":"5.1"}})", found},
-        {"code with a fraction", R"({"code":200.9,"content":{"download_url":"https://h/T.dmg","version":"5.1"}})",
-         found},
-        {"trailing comma", good.substr(0, good.size() - 1) + ",}", found},
-        {"empty URL text", R"({"code":200,"content":{"download_url":"","version":"5.1"}})", "end  5.1"},
-        {"UTF-16", std::string("{\0}\0", 4), "fail TXBinariesServiceErrorDomain 0"},
-        {"empty body", "", "fail"},
-        {"not JSON", "<html>", "fail NSCocoaErrorDomain 3840"},
-        {"hundred thousand brackets", std::string(100000, '['), "fail NSCocoaErrorDomain 3840"},
-        {"top-level text", "\"200\"", "fail NSCocoaErrorDomain 3840"},
-        {"top-level array", "[" + good + "]", "fail TXBinariesServiceErrorDomain 0"},
-        {"other code", R"({"code":404,"message":"Not found"})", "fail Not found 404"},
-        {"code missing", R"({"message":"m","content":{}})", "fail m 0"},
-        {"code null", R"({"code":null,"message":"m"})", "fail m 0"},
-        {"code an object", R"({"code":{"a":200},"message":"m"})", "fail m 0"},
-        {"code true", R"({"code":true,"message":"m"})", "fail m 1"},
-        {"code beyond all numbers", R"({"code":1e999,"message":"m"})", "fail m 9223372036854775807"},
-        {"message missing", R"({"code":404})", "fail TXBinariesServiceErrorDomain 404"},
-        {"message of another kind", R"({"code":404,"message":{"a":[1]}})", "fail TXBinariesServiceErrorDomain 404"},
-        {"content missing", R"({"code":200})", "fail"},
-        {"content null", R"({"code":200,"content":null})", "fail"},
-        {"content an array", R"({"code":200,"content":["download_url"]})", "fail"},
-        {"URL missing", R"({"code":200,"content":{"version":"5.1"}})", "fail"},
-        {"URL malformed", R"({"code":200,"content":{"download_url":"a b","version":"5.1"}})", "fail"},
-        {"URL a number", R"({"code":200,"content":{"download_url":5,"version":"5.1"}})", "fail"},
-        {"version missing", R"({"code":200,"content":{"download_url":"https://h/a"}})", "fail"},
-        {"version a number", R"({"code":200,"content":{"download_url":"https://h/a","version":5}})", "fail"},
-        {"version empty", R"({"code":200,"content":{"download_url":"https://h/a","version":""}})", "end https://h/a "},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        system.transfers.answers[feed] = row.answer;
-        EXPECT_EQ(check(), (Texts{"start", row.expected}));
+    for (const auto& [answer, expected] : rows) {
+        SCOPED_TRACE(answer);
+        system.transfers.answers[feed] = answer;
+        EXPECT_EQ(check(), (Texts{"start", expected}));
         EXPECT_FALSE(controller->checkInProgress());
     }
 }
@@ -135,62 +104,42 @@ TEST_F(CheckControllerTest, AnAbortedAndDroppedCheckStillReports) {
 }
 
 TEST_F(CheckControllerTest, AnImageBesideTheInstallerIsUsedUnasked) {
-    struct Row {
-        const char* name;
-        std::string folder;
-        std::optional<std::string> buildVersion;
-        bool imageThere;
-        bool used;
-    };
-    const Row rows[] = {{"folder of the build version", "/a b/2001", "2001", true, true},
-                        {"image missing", "/a b/2002", "2002", false, false},
-                        {"folder with more in its name", "/a b/2001-beta", "2001", true, false},
-                        {"other build version", "/a b/2001", "2002", true, false},
-                        {"case differs", "/a b/b7", "B7", true, false},
-                        {"no build version", "/a b/2001", {}, true, false}};
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        system.bundles.path = row.folder + "/Installer.app";
+    system.files.addFile("/a b/2001/Tolvix.dmg");
+    system.files.addFile("/a b/2001-beta/Tolvix.dmg");
+    system.files.addFile("/a b/b7/Tolvix.dmg");
+    const auto checkFrom = [this](const std::string& folder, const std::optional<std::string>& version) {
+        system.bundles.path = folder + "/Installer.app";
         system.bundles.information.erase("CFBundleVersion");
-        if (row.buildVersion)
-            system.bundles.information.emplace("CFBundleVersion", Value(*row.buildVersion));
-        if (row.imageThere)
-            system.files.addFile(row.folder + "/Tolvix.dmg");
-        system.transfers.fetched.clear();
-        EXPECT_EQ(check(), (Texts{"start", row.used ? "end file:///a%20b/2001/Tolvix.dmg 2001" : "fail"}));
-        EXPECT_EQ(system.transfers.fetched.empty(), row.used);
-    }
+        if (version)
+            system.bundles.information.emplace("CFBundleVersion", Value(*version));
+        return check().back();
+    };
+    EXPECT_EQ(checkFrom("/a b/2001", "2001"), "end file:///a%20b/2001/Tolvix.dmg 2001");
+    EXPECT_TRUE(system.transfers.fetched.empty());
+    EXPECT_EQ(checkFrom("/a b/2001", "2002"), "fail");
+    EXPECT_EQ(checkFrom("/a b/2002", "2002"), "fail");
+    EXPECT_EQ(checkFrom("/a b/2001-beta", "2001"), "fail");
+    EXPECT_EQ(checkFrom("/a b/b7", "B7"), "fail");
+    EXPECT_EQ(checkFrom("/a b/2001", {}), "fail");
+    EXPECT_EQ(system.transfers.fetched.size(), 5U);
 }
 
 TEST_F(CheckControllerTest, GuessesVersionsFromPaths) {
-    const std::pair<const char*, std::optional<std::string>> rows[] = {{"https://h/a/4.5.1/Tolvix.dmg", "4.5.1"},
-                                                                       {"https://h/5/binaries/query", "5"},
-                                                                       {"https://h/1/2/x", "2"},
-                                                                       {"https://h/a/../x", ".."},
-                                                                       {"https://h/v4/x4", {}},
-                                                                       {"https://1.2.3", {}},
-                                                                       {"https://h/a?v=/1.2", {}},
-                                                                       {"foo:1.2", {}},
-                                                                       {"", {}}};
-    for (const auto& [text, version] : rows)
-        EXPECT_EQ(TXCheckController::guessVersionFromURL(URL::withString(text)), version) << text;
-    EXPECT_EQ(TXCheckController::guessVersionFromURL(std::nullopt), std::nullopt);
+    const auto guess = [](const char* text) { return TXCheckController::guessVersionFromURL(URL::withString(text)); };
+    EXPECT_EQ(guess("https://h/a/1/4.5.1/Tolvix.dmg"), "4.5.1");
+    EXPECT_EQ(guess("https://1.2.3/v4/x4?v=/1.2"), std::nullopt);
+    EXPECT_EQ(guess("foo:1.2"), std::nullopt);
 }
 
 TEST_F(CheckControllerTest, TheFeedQueryEscapesItsValues) {
     const std::string beginning = "https://binaries.example/5/binaries/query?platform=launcher_macosx&target=archive"
-                                  "&format=json&currentSoftwareVersion=";
-    const std::pair<const char*, const char*> rows[] = {{"a b", "a%20b"},           {"a+b++", "a%2Bb%2B%2B"},
-                                                        {"a&b=c/d?e", "a&b=c/d?e"}, {"%", "%25"},
-                                                        {"a#[b]", "a%23%5Bb%5D"},   {"caf\xC3\xA9+", "(null)"}};
+                                  "&format=json&currentSoftwareVersion=2001&os=OS_X_10_9_5&partner=";
+    const std::pair<const char*, const char*> rows[] = {
+        {"a+b c%", "a%2Bb%20c%25"}, {"a&b=c/d?e#[f]", "a&b=c/d?e%23%5Bf%5D"}, {"caf\xC3\xA9+", "(null)"}};
     for (const auto& [partner, value] : rows) {
         system.preferences.stored.clear();
         TXInstallerConfig::setPartnerName(partner);
-        EXPECT_EQ(TXAppDelegate::feedURL(), beginning + "2001&os=OS_X_10_9_5&partner=" + value);
+        EXPECT_EQ(TXAppDelegate::feedURL(), beginning + value);
         EXPECT_TRUE(URL::withString(TXAppDelegate::feedURL()));
     }
-    FakePlatform bare;
-    bare.bundles.information.erase("CFBundleVersion");
-    TXInstallerConfig::setPartnerName(std::nullopt);
-    EXPECT_EQ(TXAppDelegate::feedURL(), beginning + "&os=OS_X_10_9_5&partner=");
 }

@@ -1,6 +1,6 @@
 #include "install/TXDiskImageUnarchiver.h"
 
-#include "tests/unit/CoreTest.h"
+#include "tests/unit/RecordingDelegate.h"
 
 // The registry, and the course of an extraction on fake tools and files. The tool itself: the functional tests.
 
@@ -10,16 +10,6 @@ const std::string hdiutil = "/usr/bin/hdiutil";
 const std::string archive = "/tmp/me/1.tolvix/Tolvix.dmg";
 const std::string mountPoint = "/tmp/me/UNIQUE";
 const std::string extracted = "/tmp/me/1.tolvix/UNIQUE";
-
-struct RecordingUnarchiverDelegate : TXUnarchiverDelegate {
-    explicit RecordingUnarchiverDelegate(FakeThreads& fake) : threads(fake) {}
-    void add(const std::string& message) { messages.push_back(message + (threads.inBackground() ? " off main" : "")); }
-    void unarchiverDidCopyContentAtPath(const std::string& path) override { add("copied " + path); }
-    void unarchiverDidFinish(TXUnarchiver& /*unarchiver*/) override { add("finish"); }
-    void unarchiverDidFail(TXUnarchiver& /*unarchiver*/) override { add("fail"); }
-    FakeThreads& threads;
-    Texts messages;
-};
 
 } // namespace
 
@@ -45,34 +35,26 @@ protected:
         unarchiver.reset();
         EXPECT_EQ(system.threads.backgroundCount(), 1U) << "start must return at once";
         system.threads.runAll();
-        return std::exchange(delegate->messages, {});
+        return delegate->taken();
     }
     bool extractedHolds(const std::string& name) { return system.files.has(extracted + "/" + name); }
 
-    const Texts success{"copied " + extracted + " off main", "finish"};
-    std::shared_ptr<RecordingUnarchiverDelegate> delegate =
-        std::make_shared<RecordingUnarchiverDelegate>(system.threads);
+    const Texts success{"off main: copied " + extracted, "finish"};
+    std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>(system.threads);
 };
 
 TEST_F(DiskImageUnarchiverTest, TheRegistryHoldsExactlyTheDiskImageUnarchiver) {
     EXPECT_EQ(TXUnarchiver::_unarchiverImplementations().size(), 1U);
-    const std::pair<const char*, bool> rows[] = {{"/x/a.zip.dmg", true}, {"/x/Tolvix.DMG", false}, {"/x/Tolvix", false},
-                                                 {"/x/.dmg", false},     {"/x.dmg/a", false},      {"", false}};
-    for (const auto& [path, accepted] : rows)
-        EXPECT_EQ(TXUnarchiver::unarchiverForPath(path) != nullptr, accepted);
-    EXPECT_EQ(TXUnarchiver::unarchiverForPath(archive)->description(), "TXDiskImageUnarchiver <" + archive + ">");
+    for (const auto& [path, accepted] :
+         {std::pair("/x/a.zip.dmg", true), {"/x/Tolvix.DMG", false}, {"/x/.dmg", false}, {"/x.dmg/a", false}})
+        EXPECT_EQ(TXUnarchiver::unarchiverForPath(path) != nullptr, accepted) << path;
 }
 
-TEST_F(DiskImageUnarchiverTest, CopiesTheVolumeBesideTheArchiveAndReportsThePathFirst) {
+TEST_F(DiskImageUnarchiverTest, AttachesCopiesBesideTheArchiveAndDetaches) {
     EXPECT_EQ(extract(), success);
-    for (const char* name : {"Tolvix.app/Contents/Info.plist", ".hidden", "Read me.txt"}) {
+    for (const char* name : {"Tolvix.app/Contents/Info.plist", ".hidden", "Read me.txt"})
         EXPECT_TRUE(extractedHolds(name)) << name;
-    }
     EXPECT_TRUE(system.files.has(mountPoint)) << "the mounted folder is not the unarchiver's to remove";
-}
-
-TEST_F(DiskImageUnarchiverTest, ToolArgumentsAndInputKeepTheirOrder) {
-    extract();
     ASSERT_EQ(system.tasks.launches.size(), 1U);
     const FakeTasks::Launch& attach = system.tasks.launches[0];
     EXPECT_EQ(attach.task.directory, "/");
@@ -85,45 +67,32 @@ TEST_F(DiskImageUnarchiverTest, ToolArgumentsAndInputKeepTheirOrder) {
     EXPECT_EQ(system.tasks.detached[0].arguments, (Texts{"detach", mountPoint, "-force"}));
 }
 
-TEST_F(DiskImageUnarchiverTest, AttachFailurePostsOneFailureAndNoDetach) {
-    for (const bool starts : {true, false}) {
-        SCOPED_TRACE(starts ? "the tool fails" : "the tool cannot be started");
-        tool().status = 1;
-        if (!starts)
-            system.tasks.tools.clear();
-        EXPECT_EQ(extract(), Texts{"fail"});
-        EXPECT_TRUE(system.tasks.detached.empty());
-        EXPECT_FALSE(system.files.has(mountPoint));
-        EXPECT_FALSE(system.files.has(extracted));
-    }
-}
-
-TEST_F(DiskImageUnarchiverTest, ATakenMountPointFailsBeforeAttachingAndIsCleared) {
-    const std::pair<const char*, std::function<void(FakeFiles&)>> rows[] = {
-        {"folder", [](FakeFiles& files) { files.addFile(mountPoint + "/x"); }},
-        {"file", [](FakeFiles& files) { files.addFile(mountPoint); }},
-        {"link into nowhere", [](FakeFiles& files) { files.addLink(mountPoint, "/nowhere"); }},
-        {"link to a folder", [](FakeFiles& files) { files.addLink(mountPoint, "/Users/me"); }}};
-    for (const auto& [name, take] : rows) {
-        SCOPED_TRACE(name);
-        take(system.files);
-        EXPECT_EQ(extract(), Texts{"fail"});
-        EXPECT_TRUE(system.tasks.launches.empty());
-        EXPECT_TRUE(system.tasks.detached.empty());
-        EXPECT_FALSE(system.files.has(mountPoint));
-    }
-    EXPECT_TRUE(system.files.has("/Users/me"));
-}
-
-TEST_F(DiskImageUnarchiverTest, FoldersThatCannotBeMadeFailTheExtraction) {
+TEST_F(DiskImageUnarchiverTest, AFailureBeforeTheCopyPostsOneFailure) {
     system.files.failAt(FakeFiles::Operation::Create, extracted);
     EXPECT_EQ(extract(), Texts{"fail"});
     EXPECT_EQ(system.tasks.detached.size(), 1U);
     system.files.removeTree(mountPoint);
+    tool().status = 1;
+    EXPECT_EQ(extract(), Texts{"fail"});
+    EXPECT_FALSE(system.files.has(mountPoint));
     system.files.failAt(FakeFiles::Operation::Create, mountPoint);
     EXPECT_EQ(extract(), Texts{"fail"});
-    EXPECT_EQ(system.tasks.launches.size(), 1U) << "attached without a mount point";
-    EXPECT_EQ(system.tasks.detached.size(), 1U);
+    EXPECT_EQ(system.tasks.launches.size(), 2U) << "attached without a mount point";
+    EXPECT_EQ(system.tasks.detached.size(), 1U) << "detached what was not attached";
+}
+
+TEST_F(DiskImageUnarchiverTest, ATakenMountPointFailsBeforeAttachingAndIsCleared) {
+    for (const char* target : {"/nowhere", "/Users/me", ""}) {
+        SCOPED_TRACE(target);
+        if (std::string(target).empty())
+            system.files.addFile(mountPoint + "/x");
+        else
+            system.files.addLink(mountPoint, target);
+        EXPECT_EQ(extract(), Texts{"fail"});
+        EXPECT_TRUE(system.tasks.launches.empty());
+        EXPECT_FALSE(system.files.has(mountPoint));
+    }
+    EXPECT_TRUE(system.files.has("/Users/me"));
 }
 
 // Deliberate in the program: one failure notice for each entry that fails.
@@ -150,10 +119,4 @@ TEST_F(DiskImageUnarchiverTest, UnreadableEntriesAndVolumesAreNoFailure) {
         EXPECT_EQ(extractedHolds("Tolvix.app"), unreadable != mountPoint);
         EXPECT_TRUE(system.files.has(extracted));
     }
-}
-
-TEST_F(DiskImageUnarchiverTest, WithoutADelegateTheWorkIsDoneAllTheSame) {
-    TXUnarchiver::unarchiverForPath(archive)->start();
-    system.threads.runAll();
-    EXPECT_TRUE(extractedHolds("Tolvix.app"));
 }

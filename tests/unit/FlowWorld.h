@@ -41,8 +41,6 @@ public:
              [this](auto) { return make("install"); }});
     }
 
-    FlowWorld(const FlowWorld&) = delete;
-    FlowWorld& operator=(const FlowWorld&) = delete;
     ~FlowWorld() {
         app->stopCheck();
         app->stopDownload();

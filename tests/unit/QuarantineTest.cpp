@@ -25,10 +25,8 @@ protected:
 
 TEST_F(QuarantineTest, ABundleLosesTheMarkAtEveryDepthAndNothingElseDoes) {
     manager::releaseFromQuarantine("/b/T.app");
-    for (const char* path :
-         {"/b/T.app", "/b/T.app/Contents", "/b/T.app/Contents/MacOS/T", "/b/T.app/Contents/Current"}) {
-        EXPECT_FALSE(marked(path)) << path;
-    }
+    for (const char* name : {"", "/Contents", "/Contents/MacOS/T", "/Contents/Current"})
+        EXPECT_FALSE(marked(std::string("/b/T.app") + name)) << name;
     for (const char* path : {"/b", "/b/link", "/outside", "/outside/file"})
         EXPECT_TRUE(marked(path)) << path;
     EXPECT_EQ(system.files.item("/b/T.app/Contents/MacOS/T")->attributes.count("other"), 1U);
@@ -38,19 +36,15 @@ TEST_F(QuarantineTest, LinksAreNotFollowed) {
     manager::releaseFromQuarantine("/b/link");
     EXPECT_FALSE(marked("/b/link"));
     EXPECT_TRUE(marked("/b/T.app"));
-    EXPECT_TRUE(marked("/b/T.app/Contents"));
 }
 
-TEST_F(QuarantineTest, WhatIsMissingIsPassedOver) {
+// A missing item is passed over, and so is one without the mark.
+TEST_F(QuarantineTest, WhatIsMissingOrCannotBeAFileIsPassedOver) {
     manager::releaseFromQuarantine("/missing");
-    manager::releaseFromQuarantine("/b/T.app/Contents/MacOS");
-    manager::releaseFromQuarantine("/b/T.app/Contents/MacOS");
+    for (int round = 0; round < 2; ++round)
+        manager::releaseFromQuarantine("/b/T.app/Contents/MacOS");
     EXPECT_FALSE(marked("/b/T.app/Contents/MacOS/T"));
-    EXPECT_EQ(manager::removeXAttr(mark, "/missing", 1), -1);
-    EXPECT_EQ(manager::removeXAttr(mark, "/b", 1), 0);
-}
-
-TEST_F(QuarantineTest, APathThatNoFileCanHaveIsNotAskedFor) {
+    system.files.changes.clear();
     errno = 0;
     EXPECT_EQ(manager::removeXAttr(mark, std::string("/b\0/T.app", 9), 1), -1);
     EXPECT_EQ(errno, EDOM);

@@ -26,14 +26,11 @@ TEST(PathStringTest, TakesPathsApart) {
                         {"/tmp/", "tmp", "/", "", "/tmp", {"/", "tmp", "/"}},
                         {"/", "/", "/", "", "/", {"/"}},
                         {"", "", "", "", "", {}},
-                        {"a", "a", "", "", "a", {"a"}},
                         {"a///", "a", "", "", "a", {"a", "/"}},
                         {"/a//b.app/", "b.app", "/a", "app", "/a//b", {"/", "a", "b.app", "/"}},
                         {"a..tiff", "a..tiff", "", "tiff", "a.", {"a..tiff"}},
-                        {".tiff", ".tiff", "", "", ".tiff", {".tiff"}},
-                        {"/a.b/c", "c", "/a.b", "", "/a.b/c", {"/", "a.b", "c"}},
-                        {"/a/..", "..", "/a", "", "/a/..", {"/", "a", ".."}},
-                        {"/x/T (1.2).app", "T (1.2).app", "/x", "app", "/x/T (1.2)", {"/", "x", "T (1.2).app"}}};
+                        {"/x/.tiff", ".tiff", "/x", "", "/x/.tiff", {"/", "x", ".tiff"}},
+                        {"/a.b/c", "c", "/a.b", "", "/a.b/c", {"/", "a.b", "c"}}};
     for (const Row& row : rows) {
         SCOPED_TRACE(row.path);
         EXPECT_EQ(path::lastPathComponent(row.path), row.last);
@@ -47,16 +44,13 @@ TEST(PathStringTest, TakesPathsApart) {
 TEST(PathStringTest, JoinsWithOneSlashAndNeverReplacesThePath) {
     const char* const rows[][3] = {{"/tmp/", "x.dmg", "/tmp/x.dmg"},
                                    {"/", "x", "/x"},
-                                   {"", "x", "x"},
                                    {"/tmp/", "", "/tmp"},
                                    {"/tmp", "/", "/tmp"},
                                    {"/tmp//a", "/b//c/", "/tmp/a/b/c"}};
     for (const auto& [folder, name, joined] : rows)
         EXPECT_EQ(path::appendingPathComponent(folder, name), joined);
     EXPECT_EQ(path::appendingPathExtension("/a/b/", "app"), "/a/b.app");
-    EXPECT_EQ(path::appendingPathExtension("/a/b", ""), "/a/b");
     EXPECT_EQ(path::expandingTilde("~/Library", "/Users/me/"), "/Users/me/Library");
-    EXPECT_EQ(path::expandingTilde("~", "/Users/me"), "/Users/me");
     EXPECT_EQ(path::expandingTilde("~other/x", "/Users/me"), "~other/x");
 }
 
@@ -67,20 +61,14 @@ TEST(ValueTest, ReadsNumbersAndFlagsOutOfEveryKind) {
         bool flag;
     };
     const Row rows[] = {{Value(" \t+200abc"), 200, true},
-                        {Value("200.7"), 200, true},
                         {Value(" -007"), -7, true},
-                        {Value("000"), 0, false},
                         {Value(""), 0, false},
                         {Value("0xC8"), 0, false},
                         {Value("YES"), 0, true},
-                        {Value("true"), 0, true},
                         {Value("No"), 0, false},
                         {Value("99999999999999999999"), LLONG_MAX, true},
-                        {Value("-99999999999999999999"), LLONG_MIN, true},
                         {Value(true), 1, true},
                         {Value(200.7), 200, true},
-                        {Value(-0.5), 0, true},
-                        {Value(1e300), LLONG_MAX, true},
                         {Value(-1e300), LLONG_MIN, true},
                         {Value(), 0, false},
                         {Value(Value::Array{Value("1")}), 0, false}};
@@ -119,14 +107,10 @@ TEST(ErrorTest, DescribesItselfOnOneLine) {
 TEST(TextTest, InsertsArgumentsAsTheyAre) {
     EXPECT_EQ(foundation::format("%@ and %@%%@ %d", {"%@", "b", "x"}), "%@ and b%x %d");
     EXPECT_EQ(foundation::textOf(std::optional<std::string>()), "(null)");
-    EXPECT_EQ(foundation::textOf(std::optional<Error>()), "(null)");
-    EXPECT_EQ(foundation::textOf(std::optional<foundation::URL>()), "(null)");
 }
 
 TEST(PercentEscapeTest, EscapesWhatMayNotStandInAURL) {
-    const char* const rows[][2] = {{"a b", "a%20b"},
-                                   {"%41", "%2541"},
-                                   {"a/b?c#d[e]", "a/b?c%23d%5Be%5D"},
+    const char* const rows[][2] = {{"a b/c?d#e[f]%41", "a%20b/c?d%23e%5Bf%5D%2541"},
                                    {"it's~(x)!*;,:@$_-.&=+", "it's~(x)!*;,:@$_-.&=+"},
                                    {"\t\x7F", "%09%7F"},
                                    {"\"<>\\^{}`|", "%22%3C%3E%5C%5E%7B%7D%60%7C"}};

@@ -15,23 +15,17 @@ TEST(URLTest, TakesURLsApart) {
     };
     const Row rows[] = {{"", {}, ""},
                         {"https://h", "", ""},
-                        {"https://h/", "/", "/"},
-                        {"https://h/a", "/a", "a"},
                         {"https://h/a/", "/a", "a"},
                         {"https://h/a//", "/a/", ""},
                         {"https://u@h:8080/a?b=/c/d.dmg#/e", "/a", "a"},
-                        {"https://h?b=/c.dmg", "", ""},
                         {"https://h/a%20b.dmg", "/a b.dmg", "a b.dmg"},
-                        {"https://h/a%2Fb.dmg", "/a/b.dmg", "a/b.dmg"},
                         {"https://h/..%2F..%2Fx.dmg", "/../../x.dmg", "../../x.dmg"},
                         {"https://h/%2e%2e", "/..", ".."},
                         {"http://h/%C3%A9.dmg", "/\xC3\xA9.dmg", "\xC3\xA9.dmg"},
                         {"http://h/%E9.dmg", {}, ""},
                         {"file:///%E9.dmg", "/\xE9.dmg", "\xE9.dmg"},
-                        {"/a/b.dmg", "/a/b.dmg", "b.dmg"},
                         {"/a/b:c.dmg", "/a/b:c.dmg", "b:c.dmg"},
                         {"/tmp/a?b/c.dmg", "/tmp/a", "a"},
-                        {"foo", "foo", "foo"},
                         {"foo:bar", {}, ""},
                         {"macappstore://h/app/id42", "/app/id42", "id42"}};
     for (const Row& row : rows) {
@@ -49,8 +43,7 @@ TEST(URLTest, TakesURLsApart) {
 TEST(URLTest, RefusesCharactersThatNoURLMayHold) {
     for (const char* text : {"a b", " https://h/", "https://h/\xC3\xA9", "%zz", "https://h/a%", "https://h/a%4",
                              "https://h/a#b#c", "\"", "<", ">", "\\", "^", "`", "{", "|", "}", "a\nb", "\x7F"}) {
-        SCOPED_TRACE(text);
-        EXPECT_EQ(URL::withString(text), std::nullopt);
+        EXPECT_EQ(URL::withString(text), std::nullopt) << text;
     }
     EXPECT_EQ(URL::withString(std::string_view("a\0b", 3)), std::nullopt);
 }
