@@ -2,7 +2,7 @@
 
 build_packages="g++ cmake ninja-build qt6-base-dev libcurl4-openssl-dev"
 run_packages="7zip python3 openssl ca-certificates xdg-utils"
-test_packages="libgtest-dev libssl-dev qt6-svg-dev xvfb xauth xdotool openbox x11-utils at-spi2-core dbus sudo"
+test_packages="libgtest-dev libssl-dev qt6-svg-dev xvfb xauth xdotool openbox at-spi2-core dbus sudo"
 check_packages="clang-format-14 clang-tidy-14 libclang-rt-14-dev"
 
 # Installs the packages that are missing, with sudo where needed. Where that cannot be done it says what is needed and

@@ -16,30 +16,26 @@ protected:
 
     // The first node of that role and name at or below the widget, as a screen reader finds it.
     static QAccessibleInterface* find(QWidget& widget, QAccessible::Role role, const QString& name) {
-        return find(QAccessible::queryAccessibleInterface(&widget), role, name);
+        std::vector<QAccessibleInterface*> waiting{QAccessible::queryAccessibleInterface(&widget)};
+        while (!waiting.empty()) {
+            QAccessibleInterface* node = waiting.back();
+            waiting.pop_back();
+            if (node->role() == role && node->text(QAccessible::Name) == name) {
+                return node;
+            }
+            for (int index = 0; index < node->childCount(); ++index) {
+                waiting.push_back(node->child(index));
+            }
+        }
+        return nullptr;
     }
 
     void beginFailure() {
         interface().alerts().beginSheet({.style = platform::AlertStyle::Critical,
                                          .messageText = "It failed",
                                          .informativeText = "Try again",
-                                         .buttons = {"Download & open", "Quit"},
-                                         .escapeButton = 1,
-                                         .quitButton = 1},
+                                         .buttons = {"Download & open", "Quit"}},
                                         [](int) {});
-    }
-
-private:
-    static QAccessibleInterface* find(QAccessibleInterface* node, QAccessible::Role role, const QString& name) {
-        if (node->role() == role && node->text(QAccessible::Name) == name) {
-            return node;
-        }
-        for (int index = 0; index < node->childCount(); ++index) {
-            if (QAccessibleInterface* found = find(node->child(index), role, name)) {
-                return found;
-            }
-        }
-        return nullptr;
     }
 };
 
@@ -60,7 +56,6 @@ TEST_F(AccessibilityTest, WindowTextAndBar) {
     EXPECT_EQ(bar->text(QAccessible::Value), "42%");
     ASSERT_NE(bar->valueInterface(), nullptr);
     EXPECT_EQ(bar->valueInterface()->currentValue().toDouble(), 42);
-    EXPECT_EQ(bar->valueInterface()->minimumValue().toDouble(), 0);
     EXPECT_EQ(bar->valueInterface()->maximumValue().toDouble(), 100);
 }
 
@@ -80,24 +75,16 @@ TEST_F(AccessibilityTest, AlertsHaveTheirTextsAndButtons) {
 
 namespace {
 
-struct Event {
-    QAccessible::Event type;
-    QString name;
-};
-
-std::vector<Event>& events() {
-    static std::vector<Event> all;
-    return all;
-}
+// Each with the name of what it is about.
+std::vector<std::pair<QAccessible::Event, QString>> events;
 
 void record(QAccessibleEvent* event) {
     const QAccessibleInterface* source = event->accessibleInterface();
-    events().push_back({event->type(), source != nullptr ? source->text(QAccessible::Name) : QString()});
+    events.emplace_back(event->type(), source != nullptr ? source->text(QAccessible::Name) : QString());
 }
 
 bool wasTold(QAccessible::Event type, const QString& name) {
-    return std::any_of(events().begin(), events().end(),
-                       [&](const Event& event) { return event.type == type && event.name == name; });
+    return std::count(events.begin(), events.end(), std::pair(type, name)) > 0;
 }
 
 } // namespace
@@ -112,7 +99,7 @@ protected:
         }
         ASSERT_TRUE(QTest::qWaitFor(QAccessible::isActive));
         previous_ = QAccessible::installUpdateHandler(record);
-        events().clear();
+        events.clear();
     }
 
     void TearDown() override {
@@ -124,23 +111,20 @@ private:
     QAccessible::UpdateHandler previous_ = nullptr;
 };
 
-TEST_F(ScreenReaderTest, HearsOfProgress) {
+TEST_F(ScreenReaderTest, HearsOfProgressAndOfANewStageOnce) {
     interface().progressIndicator().setIndeterminate(true);
     interface().progressIndicator().startAnimation();
     EXPECT_TRUE(wasTold(QAccessible::StateChanged, "Downloading"));
     interface().progressIndicator().setIndeterminate(false);
     interface().progressIndicator().setDoubleValue(42);
     EXPECT_TRUE(wasTold(QAccessible::ValueChanged, "Downloading"));
-}
-
-TEST_F(ScreenReaderTest, HearsOfANewStageOnce) {
     EXPECT_TRUE(part("textIndicator").hasFocus());
     interface().textIndicator().setStringValue("Installing");
     EXPECT_TRUE(wasTold(QAccessible::NameChanged, "Installing"));
     EXPECT_TRUE(wasTold(QAccessible::Alert, "Installing"));
-    events().clear();
+    events.clear();
     interface().textIndicator().setStringValue("Installing");
-    EXPECT_TRUE(events().empty());
+    EXPECT_TRUE(events.empty());
 }
 
 TEST_F(ScreenReaderTest, HearsOfAnAlert) {

@@ -5,7 +5,6 @@
 #include <QApplication>
 #include <QLabel>
 #include <QScreen>
-#include <QStyle>
 #include <QTextLayout>
 
 #include <string>
@@ -78,73 +77,59 @@ struct Desktop {
     QSize size;
 };
 
-std::string description(const Desktop& desktop) {
-    return std::to_string(qRound(desktop.scale * 100)) + "Percent" + std::to_string(desktop.fontSize) + "Points" +
-           std::to_string(desktop.size.width()) + "Wide";
-}
-
-std::string nameOf(const testing::TestParamInfo<Desktop>& desktop) {
-    return description(desktop.param);
-}
-
 // Found by the test framework, which would show the bytes instead.
 void PrintTo(const Desktop& desktop, std::ostream* out) {
-    *out << description(desktop);
+    *out << qRound(desktop.scale * 100) << "Percent" << desktop.fontSize << "Points" << desktop.size.width() << "Wide";
 }
 
 } // namespace
 
 class FitTest : public InterfaceTest, public testing::WithParamInterface<Desktop> {
 protected:
-    void expectLanguageFits(const std::string& language) {
-        const TextTable texts(language);
-        start(language);
+    FitTest() { OffscreenDisplay::use(GetParam().size, GetParam().scale); }
+
+    void expectWindowFits(const std::string& title, const std::string& text) {
         QApplication::setFont(QFont(QApplication::font().family(), GetParam().fontSize));
-        interface().window().setTitle(texts.text("WINDOW_TITLE"));
-        for (const char* stage : {"DOWNLOADING", "INSTALLING"}) {
-            interface().textIndicator().setStringValue(texts.text(stage));
-            settle();
-            expectAllFits(window());
-        }
-        for (const platform::Alert& alert : SampleAlerts::all(texts)) {
-            interface().alerts().beginSheet(alert, [](int) {});
-            settle();
-            expectAllFits(sheet());
-            press(sheet(), Qt::Key_Escape);
-        }
-        InterfaceTest::TearDown();
+        interface().window().setTitle(title);
+        interface().textIndicator().setStringValue(text);
+        settle();
+        expectAllFits(window());
+    }
+
+    void expectAlertFits(const platform::Alert& alert) {
+        interface().alerts().beginSheet(alert, [](int) {});
+        settle();
+        expectAllFits(sheet());
     }
 };
 
 TEST_P(FitTest, NothingIsCutInAnyLanguage) {
-    OffscreenDisplay::use(GetParam().size, GetParam().scale);
     const std::vector<std::string> languages = TextTable::languages();
     ASSERT_GE(languages.size(), 41U);
     for (const std::string& language : languages) {
         SCOPED_TRACE(language);
-        expectLanguageFits(language);
+        const TextTable texts(language);
+        start(language);
+        for (const char* stage : {"DOWNLOADING", "INSTALLING"}) {
+            expectWindowFits(texts.text("WINDOW_TITLE"), texts.text(stage));
+        }
+        for (const platform::Alert& alert : SampleAlerts::all(texts)) {
+            expectAlertFits(alert);
+            press(sheet(), Qt::Key_Escape);
+        }
+        InterfaceTest::TearDown();
     }
 }
 
 // Without a table every text is its key, which is one long word.
 TEST_P(FitTest, NothingIsCutWithoutTexts) {
-    OffscreenDisplay::use(GetParam().size, GetParam().scale);
+    const std::string warning = "MAC_LAUNCHER_INCOMPLETE_WARNING_";
     start();
-    QApplication::setFont(QFont(QApplication::font().family(), GetParam().fontSize));
-    interface().window().setTitle("MAC_LAUNCHER_WINDOW_TITLE");
-    interface().textIndicator().setStringValue("MAC_LAUNCHER_DOWNLOADING");
-    settle();
-    expectAllFits(window());
-    interface().alerts().beginSheet(
-        {.style = platform::AlertStyle::Warning,
-         .messageText = "MAC_LAUNCHER_INCOMPLETE_WARNING_TITLE",
-         .informativeText = "MAC_LAUNCHER_INCOMPLETE_WARNING_DESCRIPTION",
-         .buttons = {"MAC_LAUNCHER_INCOMPLETE_WARNING_CONTINUE", "MAC_LAUNCHER_INCOMPLETE_WARNING_QUIT"},
-         .escapeButton = 0,
-         .quitButton = 1},
-        [](int) {});
-    settle();
-    expectAllFits(sheet());
+    expectWindowFits("MAC_LAUNCHER_WINDOW_TITLE", "MAC_LAUNCHER_DOWNLOADING");
+    expectAlertFits({.style = platform::AlertStyle::Warning,
+                     .messageText = warning + "TITLE",
+                     .informativeText = warning + "DESCRIPTION",
+                     .buttons = {warning + "CONTINUE", warning + "QUIT"}});
     // Side by side they would be too wide.
     EXPECT_GT(buttons().at(1)->y(), buttons().at(0)->y());
     EXPECT_EQ(buttons().at(1)->width(), buttons().at(0)->width());
@@ -155,4 +140,4 @@ INSTANTIATE_TEST_SUITE_P(Desktops, FitTest,
                                          Desktop{1, 24, {1280, 800}}, Desktop{1.5, 10, {1280, 720}},
                                          Desktop{1.5, 24, {1280, 720}}, Desktop{2, 10, {960, 540}},
                                          Desktop{2, 18, {960, 540}}),
-                         nameOf);
+                         testing::PrintToStringParamName());

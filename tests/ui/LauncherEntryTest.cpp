@@ -1,14 +1,31 @@
 #include "platform/qt/LauncherEntry.h"
 
-#include "tests/ui/UpdateReceiver.h"
-
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
+#include <QDBusConnection>
 #include <QProcess>
 #include <QTest>
+#include <QVariantMap>
+
+#include <vector>
 
 using platform::LauncherEntry;
+
+// A dock: notes what programs say of their entries in it.
+class UpdateReceiver : public QObject {
+    Q_OBJECT
+
+public:
+    explicit UpdateReceiver(QDBusConnection bus) {
+        bus.connect({}, {}, "com.canonical.Unity.LauncherEntry", "Update", this, SLOT(note(QString, QVariantMap)));
+    }
+
+    std::vector<std::pair<QString, QVariantMap>> updates;
+
+private slots:
+    void note(const QString& uri, const QVariantMap& properties) { updates.emplace_back(uri, properties); }
+};
 
 // A message bus of the test's own.
 class LauncherEntryTest : public testing::Test {
@@ -45,14 +62,14 @@ TEST_F(LauncherEntryTest, TellsTheDesktopWholePerCentsAndTakesThemAway) {
         entry.setProgress(0.4299);
         entry.setProgress(1.0);
     }
-    ASSERT_TRUE(QTest::qWaitFor([&] { return receiver.updates().size() == 4; }));
-    const auto& updates = receiver.updates();
-    EXPECT_EQ(updates[0].uri, "application://example.tolvix.installer.desktop");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return receiver.updates.size() == 4; }));
+    EXPECT_EQ(receiver.updates[0].first, "application://example.tolvix.installer.desktop");
     for (const auto& [index, progress] : {std::pair(0, 0.0), {1, 0.42}, {2, 1.0}}) {
-        EXPECT_EQ(updates[index].properties["progress"].toDouble(), progress);
-        EXPECT_TRUE(updates[index].properties["progress-visible"].toBool());
+        QVariantMap& properties = receiver.updates[index].second;
+        EXPECT_EQ(properties["progress"].toDouble(), progress);
+        EXPECT_TRUE(properties["progress-visible"].toBool());
     }
-    EXPECT_FALSE(updates[3].properties["progress-visible"].toBool());
+    EXPECT_FALSE(receiver.updates[3].second["progress-visible"].toBool());
 }
 
 TEST_F(LauncherEntryTest, IsSilentWithoutABus) {
@@ -62,3 +79,5 @@ TEST_F(LauncherEntryTest, IsSilentWithoutABus) {
     qputenv("XDG_RUNTIME_DIR", "/nowhere");
     EXPECT_FALSE(LauncherEntry::sessionBus().has_value());
 }
+
+#include "LauncherEntryTest.moc"
