@@ -34,9 +34,7 @@ public:
         if (tool == "/bin/rm")
             files_.removeTree(arguments.at(1));
         if (tool == "/bin/mv")
-            files_.copyTree(arguments.at(1), arguments.at(2));
-        if (tool == "/bin/mv")
-            files_.removeTree(arguments.at(1));
+            files_.moveTree(arguments.at(1), arguments.at(2));
         return true;
     }
 

@@ -35,17 +35,14 @@ FakeFiles::Item* FakeFiles::at(const std::string& place) {
     return found == items_.end() ? nullptr : &found->second;
 }
 
-// The path with the links in it replaced by what they name; empty for links that lead round in a circle.
+// The path with the links in it replaced by what they name.
 std::string FakeFiles::resolved(std::string path) const {
-    int links = 0;
     for (std::size_t end = 1; end < path.size(); ++end) {
         end = std::min(path.find('/', end), path.size());
         const std::string prefix = path.substr(0, end);
         const auto found = items_.find(prefix);
         if (found == items_.end() || found->second.type != FileType::SymbolicLink)
             continue;
-        if (++links > 40)
-            return {};
         const std::string& target = found->second.content;
         const std::string folder = target.front() == '/' ? "" : path::deletingLastPathComponent(prefix);
         path = path::appendingPathComponent(folder, target) + path.substr(end);
@@ -73,6 +70,11 @@ void FakeFiles::copyTree(const std::string& from, const std::string& to) {
         items_[to + "/" + name] = items_.at(from + "/" + name);
 }
 
+void FakeFiles::moveTree(const std::string& from, const std::string& to) {
+    copyTree(from, to);
+    removeTree(from);
+}
+
 void FakeFiles::removeTree(const std::string& path) {
     for (const std::string& name : entriesBelow(path))
         items_.erase(path + "/" + name);
@@ -93,10 +95,11 @@ std::optional<std::vector<std::string>> FakeFiles::contentsOfDirectory(const std
     const Item* folder = item(path);
     if (folder == nullptr || folder->type != FileType::Directory || !folder->readable)
         return std::nullopt;
-    auto names = entriesBelow(path);
-    const auto deeper = [](const std::string& name) { return name.find('/') != std::string::npos; };
-    names.erase(std::remove_if(names.begin(), names.end(), deeper), names.end());
-    std::reverse(names.begin(), names.end()); // nobody may rely on an order
+    std::vector<std::string> names;
+    for (const std::string& name : entriesBelow(path)) {
+        if (name.find('/') == std::string::npos)
+            names.insert(names.begin(), name); // nobody may rely on an order
+    }
     return names;
 }
 
@@ -159,8 +162,7 @@ bool FakeFiles::moveItem(const std::string& from, const std::string& to, ErrorOu
     changes.push_back("move " + from + " " + to);
     if (!succeeds(Operation::Move, from, error) || !has(from) || !isVacant(placeOf(to)))
         return false;
-    copyTree(placeOf(from), placeOf(to));
-    removeTree(placeOf(from));
+    moveTree(placeOf(from), placeOf(to));
     return true;
 }
 

@@ -34,7 +34,7 @@ public:
     // Lets each such operation that is asked with the path first fail.
     void failAt(Operation operation, const std::string& path) { failures_.insert({operation, path}); }
 
-    bool fileExists(const std::string& path) override { return everythingExists || followed(path) != nullptr; }
+    bool fileExists(const std::string& path) override { return followed(path) != nullptr; }
     bool isReadableFile(const std::string& path) override;
     bool isWritableFile(const std::string& path) override;
     std::optional<std::vector<std::string>> contentsOfDirectory(const std::string& path) override;
@@ -50,17 +50,16 @@ public:
     int removeExtendedAttribute(const std::string& path, const char* name, int options) override;
 
     // As administrator: nothing is checked or written down.
-    void copyTree(const std::string& from, const std::string& to);
+    void moveTree(const std::string& from, const std::string& to);
     void removeTree(const std::string& path);
 
     // What was asked for, in order: "remove /a", "copy /a /b", "xattr /a com.apple.quarantine 1".
     std::vector<std::string> changes;
     // Folders that are never private, nor are the folders above them.
     std::set<std::string> sharedFolders;
-    // While set, every path exists.
-    bool everythingExists = false;
 
 private:
+    void copyTree(const std::string& from, const std::string& to);
     bool succeeds(Operation operation, const std::string& path, ErrorOut error);
     std::string resolved(std::string path) const;
     std::string placeOf(const std::string& path) const;

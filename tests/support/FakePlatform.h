@@ -1,19 +1,16 @@
 #pragma once
 
 #include "platform/Platform.h"
-#include "tests/support/FakeAlerts.h"
 #include "tests/support/FakeApplication.h"
 #include "tests/support/FakeAuthorization.h"
 #include "tests/support/FakeBundles.h"
-#include "tests/support/FakeConsole.h"
-#include "tests/support/FakeDiskImages.h"
 #include "tests/support/FakeFiles.h"
-#include "tests/support/FakeLocale.h"
 #include "tests/support/FakePreferences.h"
-#include "tests/support/FakeProcessInfo.h"
+#include "tests/support/FakeSystem.h"
 #include "tests/support/FakeTasks.h"
 #include "tests/support/FakeThreads.h"
 #include "tests/support/FakeTransfers.h"
+#include "tests/support/FakeUserInterface.h"
 #include "tests/support/FakeWorkspace.h"
 
 // One fake of every service, in place of the system for as long as it lives.

@@ -14,21 +14,18 @@ public:
 
     void setValue(const std::optional<foundation::Value>& value, const std::string& key,
                   const std::string& domain) override {
-        pending_[domain][key] = value;
+        auto& changed = pending_.try_emplace(domain, stored[domain]).first->second;
+        changed.erase(key);
+        if (value)
+            changed.emplace(key, *value);
         ++writes;
     }
 
     bool synchronize(const std::string& domain) override {
-        const auto changes = std::move(pending_[domain]);
-        pending_.erase(domain);
-        if (readOnly)
-            return false;
-        for (const auto& [key, value] : changes) {
-            stored[domain].erase(key);
-            if (value)
-                stored[domain].emplace(key, *value);
-        }
-        return true;
+        const auto changed = pending_.extract(domain);
+        if (changed && !readOnly)
+            stored[domain] = changed.mapped();
+        return !readOnly;
     }
 
     std::map<std::string, foundation::Value::Dictionary> stored;
@@ -36,5 +33,5 @@ public:
     bool readOnly = false;
 
 private:
-    std::map<std::string, std::map<std::string, std::optional<foundation::Value>>> pending_;
+    std::map<std::string, foundation::Value::Dictionary> pending_;
 };

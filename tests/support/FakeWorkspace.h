@@ -4,7 +4,6 @@
 #include "platform/Workspace.h"
 #include "tests/support/FakeFiles.h"
 
-#include <algorithm>
 #include <set>
 
 // A desktop that opens nothing and remembers what it was asked.
@@ -31,7 +30,6 @@ public:
         bool all = true;
         for (const std::string& name : names) {
             const std::string path = foundation::path::appendingPathComponent(folder, name);
-            requests.push_back("destroy " + path);
             all = indestructible.count(path) == 0 && files_.removeItem(path) && all;
         }
         return all;
@@ -47,8 +45,7 @@ public:
             observer(requests.back());
         if (refusals-- > 0)
             return;
-        const auto same = [&](const auto& one) { return one.processId == application.processId; };
-        running.erase(std::remove_if(running.begin(), running.end(), same), running.end());
+        std::erase_if(running, [&](const auto& one) { return one.processId == application.processId; });
     }
 
     std::vector<std::string> opened;

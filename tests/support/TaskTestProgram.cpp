@@ -3,6 +3,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <deque>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -11,7 +12,6 @@
 #include <map>
 #include <sstream>
 #include <string>
-#include <vector>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -67,18 +67,9 @@ void reportTo(const std::string& path) {
     std::filesystem::rename(path + ".part", path);
 }
 
-void flood(const std::string& size) {
-    const std::string block(65536, 'x');
-    for (std::size_t left = std::stoul(size); left > 0;) {
-        const std::size_t count = std::min(left, block.size());
-        std::cout.write(block.data(), static_cast<std::streamsize>(count));
-        left -= count;
-    }
-}
-
-void endBySignal(const std::string& number) {
-    std::signal(std::stoi(number), SIG_DFL);
-    ::kill(::getpid(), std::stoi(number));
+void endBySignal(int number) {
+    std::signal(number, SIG_DFL);
+    ::kill(::getpid(), number);
 }
 
 std::string readInput() {
@@ -88,33 +79,30 @@ std::string readInput() {
 } // namespace
 
 int main(int argc, char** argv) {
-    std::vector<std::string> steps(argv + 1, argv + argc);
-    const std::map<std::string, std::function<void(const std::string&)>> withValue{
-        {"print", [](const std::string& text) { std::cout << text << std::flush; }},
-        {"flood", flood},
-        {"exit", [](const std::string& status) { std::exit(std::stoi(status)); }},
-        {"signal", endBySignal},
-        {"report", reportTo},
+    std::deque<std::string> words(argv + 1, argv + argc);
+    const auto next = [&words] {
+        const std::string word = words.at(0);
+        words.pop_front();
+        return word;
     };
-    const std::map<std::string, std::function<void()>> plain{
+    const std::map<std::string, std::function<void()>> steps{
+        {"print", [&] { std::cout << next() << std::flush; }},
+        {"flood", [&] { std::cout << std::string(std::stoul(next()), 'x'); }},
+        {"exit", [&] { std::exit(std::stoi(next())); }},
+        {"signal", [&] { endBySignal(std::stoi(next())); }},
+        {"report", [&] { reportTo(next()); }},
         {"closeOutput", [] { ::close(STDOUT_FILENO); }},
         {"closeInput", [] { ::close(STDIN_FILENO); }},
         {"waitForEndOfInput", [] { readInput(); }},
         {"repeatInput", [] { std::cout << readInput(); }},
         {"surroundings", [] { std::cout << surroundings(); }},
+        {"arguments", // all that follow, each ended by a zero byte
+         [&] {
+             while (!words.empty())
+                 std::cout << next() << '\0';
+         }},
     };
-    for (std::size_t at = 0; at < steps.size(); ++at) {
-        if (steps[at] == "arguments") { // all that follow, each ended by a zero byte
-            while (++at < steps.size())
-                std::cout << steps[at] << '\0';
-        } else if (plain.count(steps[at]) > 0) {
-            plain.at(steps[at])();
-        } else if (at + 1 < steps.size() && withValue.count(steps[at]) > 0) {
-            withValue.at(steps[at])(steps[at + 1]);
-            ++at;
-        } else {
-            return 99;
-        }
-    }
+    while (!words.empty())
+        steps.at(next())();
     return 0;
 }

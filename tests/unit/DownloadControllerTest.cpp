@@ -42,17 +42,7 @@ TEST_F(DownloadControllerTest, TheFileStaysInItsPrivateFolder) {
     EXPECT_EQ(system.files.changes, Texts{"create " + folder});
 }
 
-TEST_F(DownloadControllerTest, AFailedDownloadLeavesNothingBehind) {
-    start();
-    system.files.addFile(file, "half of it");
-    transfer().fail({foundation::urlErrorDomain, -1005, {}});
-    EXPECT_EQ(messages(), (Texts{"start " + file, "fail NSURLErrorDomain -1005"}));
-    EXPECT_FALSE(controller->downloadInProgress());
-    EXPECT_FALSE(system.files.has(folder));
-    EXPECT_TRUE(system.files.has("/tmp/me"));
-}
-
-TEST_F(DownloadControllerTest, ATransferThatCannotBeMadeFailsAtOnceAndTouchesNothing) {
+TEST_F(DownloadControllerTest, AFailedDownloadRemovesItsOwnFolderAlone) {
     start();
     transfer().finish();
     messages();
@@ -61,6 +51,13 @@ TEST_F(DownloadControllerTest, ATransferThatCannotBeMadeFailsAtOnceAndTouchesNot
     EXPECT_EQ(messages(), Texts{"fail"});
     EXPECT_FALSE(controller->downloadInProgress());
     EXPECT_TRUE(system.files.has(file)) << "the folder of the earlier download is not this one's";
+    system.transfers.refusesDownloads = false;
+    start();
+    transfer().fail({foundation::urlErrorDomain, -1005, {}});
+    EXPECT_EQ(messages(), (Texts{"start " + file, "fail NSURLErrorDomain -1005"}));
+    EXPECT_FALSE(controller->downloadInProgress());
+    EXPECT_FALSE(system.files.has(folder));
+    EXPECT_TRUE(system.files.has("/tmp/me"));
 }
 
 TEST_F(DownloadControllerTest, UnusableNamesNeverCreateOrRemoveAnything) {

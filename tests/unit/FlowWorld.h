@@ -1,7 +1,6 @@
 #pragma once
 
 #include "app/TXAppDelegate.h"
-#include "tests/support/FakeProgressWindow.h"
 #include "tests/unit/CoreTest.h"
 #include "ui/TXInstallWindowController.h"
 

@@ -87,15 +87,6 @@ TEST_F(InstallControllerTest, MissingContentsAreReported) {
               "fail " + installerError + "4001 Couldn't extract file at path: " + folder + "/UNIQUE");
 }
 
-TEST_F(InstallControllerTest, AnUnarchiveFailureCarriesNoErrorAndRepeats) {
-    volume = {"a", "b"};
-    for (const std::string& name : volume)
-        system.files.failAt(FakeFiles::Operation::Copy, "/tmp/me/UNIQUE/" + name);
-    EXPECT_EQ(install(), (Texts{"start", "fail", "fail"}));
-    EXPECT_FALSE(controller->installInProgress());
-    EXPECT_TRUE(holds("old"));
-}
-
 TEST_F(InstallControllerTest, AFailedPlainCopyIsDoneAgainWithAuthentication) {
     system.files.failAt(FakeFiles::Operation::Copy, source);
     EXPECT_EQ(install(), ended);

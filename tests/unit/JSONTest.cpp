@@ -24,13 +24,8 @@ std::string nested(std::size_t levels, const std::string& inner) {
 } // namespace
 
 TEST(JSONTest, ReadsDocuments) {
-    struct Row {
-        const char* name;
-        std::string text;
-        Value expected;
-    };
     const Value one(Value::Dictionary{{"a", Value(std::int64_t{1})}});
-    const Row rows[] = {
+    const std::tuple<const char*, std::string, Value> rows[] = {
         {"trailing comma in an object", " \t\r\n{ \"a\" : 1 , } \n", one},
         {"trailing comma in an array", "[1,]", list(std::int64_t{1})},
         {"the last of two equal keys", "{\"a\":true,\"a\":1}", one},
@@ -46,11 +41,11 @@ TEST(JSONTest, ReadsDocuments) {
         {"UTF-32LE", "[\0\0\0001\0\0\0]\0\0\0"s, list(std::int64_t{1})},
         {"UTF-32BE", "\0\0\0[\0\0\0001\0\0\0]"s, list(std::int64_t{1})},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        const auto answer = parseJSON(row.text);
+    for (const auto& [name, text, expected] : rows) {
+        SCOPED_TRACE(name);
+        const auto answer = parseJSON(text);
         ASSERT_TRUE(std::holds_alternative<Value>(answer)) << std::get<foundation::Error>(answer).description();
-        EXPECT_EQ(std::get<Value>(answer), row.expected) << std::get<Value>(answer).description();
+        EXPECT_EQ(std::get<Value>(answer), expected) << std::get<Value>(answer).description();
     }
 }
 

@@ -21,12 +21,7 @@ std::string wide(const std::string& ascii, bool bigEndian) {
 } // namespace
 
 TEST(StringsTableTest, ReadsTables) {
-    struct Row {
-        const char* name;
-        std::string text;
-        Table expected;
-    };
-    const Row rows[] = {
+    const std::tuple<const char*, std::string, Table> rows[] = {
         {"two entries", "\"A\" = \"x y\";\n\"B\"=\"\";", {{"A", "x y"}, {"B", ""}}},
         {"comments", "/* a = \"b\"; */ // c\n\"A\" /**/ = // \"\n \"x\" /* ; */ ;//", {{"A", "x"}}},
         {"comment marks inside a text", "\"A\" = \"http://h/*\";", {{"A", "http://h/*"}}},
@@ -45,10 +40,8 @@ TEST(StringsTableTest, ReadsTables) {
         {"UTF-16BE", wide("\"A\" = \"x\";\n", true), {{"A", "x"}}},
         {"comments alone", "/* nothing yet */", {}},
     };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        EXPECT_EQ(parseStringsTable(row.text), row.expected);
-    }
+    for (const auto& [name, text, expected] : rows)
+        EXPECT_EQ(parseStringsTable(text), expected) << name;
 }
 
 TEST(StringsTableTest, OneFaultGivesNoTable) {

@@ -55,27 +55,21 @@ TEST(PathStringTest, JoinsWithOneSlashAndNeverReplacesThePath) {
 }
 
 TEST(ValueTest, ReadsNumbersAndFlagsOutOfEveryKind) {
-    struct Row {
-        Value value;
-        std::int64_t integer;
-        bool flag;
-    };
-    const Row rows[] = {{Value(" \t+200abc"), 200, true},
-                        {Value(" -007"), -7, true},
-                        {Value(""), 0, false},
-                        {Value("0xC8"), 0, false},
-                        {Value("YES"), 0, true},
-                        {Value("No"), 0, false},
-                        {Value("99999999999999999999"), LLONG_MAX, true},
-                        {Value(true), 1, true},
-                        {Value(200.7), 200, true},
-                        {Value(-1e300), LLONG_MIN, true},
-                        {Value(), 0, false},
-                        {Value(Value::Array{Value("1")}), 0, false}};
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.value.description());
-        EXPECT_EQ(row.value.integerValue(), row.integer);
-        EXPECT_EQ(row.value.boolValue(), row.flag);
+    const std::tuple<Value, std::int64_t, bool> rows[] = {{Value(" \t+200abc"), 200, true},
+                                                          {Value(" -007"), -7, true},
+                                                          {Value(""), 0, false},
+                                                          {Value("0xC8"), 0, false},
+                                                          {Value("YES"), 0, true},
+                                                          {Value("No"), 0, false},
+                                                          {Value("99999999999999999999"), LLONG_MAX, true},
+                                                          {Value(true), 1, true},
+                                                          {Value(200.7), 200, true},
+                                                          {Value(-1e300), LLONG_MIN, true},
+                                                          {Value(), 0, false},
+                                                          {Value(Value::Array{Value("1")}), 0, false}};
+    for (const auto& [value, integer, flag] : rows) {
+        EXPECT_EQ(value.integerValue(), integer) << value.description();
+        EXPECT_EQ(value.boolValue(), flag) << value.description();
     }
 }
 
@@ -96,12 +90,9 @@ TEST(ValueTest, DescribesContainersReadably) {
 TEST(ErrorTest, DescribesItselfOnOneLine) {
     EXPECT_EQ(Error::withDescription("D", 4002, "no file").description(),
               "Error Domain=D Code=4002 \"no file\" UserInfo={NSLocalizedDescription=no file}");
-    const Error hostile{"a\x1B[2J\nb",
-                        -4,
-                        {{"message", Value("\xC2\x9B"
-                                           "1\x07\xFF")}}};
+    const Error hostile{"a\x1B[2J\nb", -4, {{"message", Value("\xC2\x9B \x07\xFF")}}};
     EXPECT_EQ(hostile.description(),
-              "Error Domain=a\\x1b[2J\\nb Code=-4 \"(null)\" UserInfo={message=\\xc2\\x9b1\\x07\\xff}");
+              "Error Domain=a\\x1b[2J\\nb Code=-4 \"(null)\" UserInfo={message=\\xc2\\x9b \\x07\\xff}");
 }
 
 TEST(TextTest, InsertsArgumentsAsTheyAre) {

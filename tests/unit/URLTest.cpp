@@ -8,33 +8,29 @@ using foundation::URL;
 using Text = std::optional<std::string>;
 
 TEST(URLTest, TakesURLsApart) {
-    struct Row {
-        const char* text;
-        Text path;
-        const char* last;
-    };
-    const Row rows[] = {{"", {}, ""},
-                        {"https://h", "", ""},
-                        {"https://h/a/", "/a", "a"},
-                        {"https://h/a//", "/a/", ""},
-                        {"https://u@h:8080/a?b=/c/d.dmg#/e", "/a", "a"},
-                        {"https://h/a%20b.dmg", "/a b.dmg", "a b.dmg"},
-                        {"https://h/..%2F..%2Fx.dmg", "/../../x.dmg", "../../x.dmg"},
-                        {"https://h/%2e%2e", "/..", ".."},
-                        {"http://h/%C3%A9.dmg", "/\xC3\xA9.dmg", "\xC3\xA9.dmg"},
-                        {"http://h/%E9.dmg", {}, ""},
-                        {"file:///%E9.dmg", "/\xE9.dmg", "\xE9.dmg"},
-                        {"/a/b:c.dmg", "/a/b:c.dmg", "b:c.dmg"},
-                        {"/tmp/a?b/c.dmg", "/tmp/a", "a"},
-                        {"foo:bar", {}, ""},
-                        {"macappstore://h/app/id42", "/app/id42", "id42"}};
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.text);
-        const auto url = URL::withString(row.text);
+    const std::tuple<const char*, Text, const char*> rows[] = {
+        {"", {}, ""},
+        {"https://h", "", ""},
+        {"https://h/a/", "/a", "a"},
+        {"https://h/a//", "/a/", ""},
+        {"https://u@h:8080/a?b=/c/d.dmg#/e", "/a", "a"},
+        {"https://h/a%20b.dmg", "/a b.dmg", "a b.dmg"},
+        {"https://h/..%2F..%2Fx.dmg", "/../../x.dmg", "../../x.dmg"},
+        {"https://h/%2e%2e", "/..", ".."},
+        {"http://h/%C3%A9.dmg", "/\xC3\xA9.dmg", "\xC3\xA9.dmg"},
+        {"http://h/%E9.dmg", {}, ""},
+        {"file:///%E9.dmg", "/\xE9.dmg", "\xE9.dmg"},
+        {"/a/b:c.dmg", "/a/b:c.dmg", "b:c.dmg"},
+        {"/tmp/a?b/c.dmg", "/tmp/a", "a"},
+        {"foo:bar", {}, ""},
+        {"macappstore://h/app/id42", "/app/id42", "id42"}};
+    for (const auto& [text, path, last] : rows) {
+        SCOPED_TRACE(text);
+        const auto url = URL::withString(text);
         ASSERT_TRUE(url);
-        EXPECT_EQ(url->absoluteString(), row.text);
-        EXPECT_EQ(url->path(), row.path);
-        EXPECT_EQ(url->lastPathComponent(), row.last);
+        EXPECT_EQ(url->absoluteString(), text);
+        EXPECT_EQ(url->path(), path);
+        EXPECT_EQ(url->lastPathComponent(), last);
     }
     EXPECT_EQ(URL::withString("HTTPS+x://h/")->scheme(), "HTTPS+x");
     EXPECT_EQ(URL::withString("/a:b")->scheme(), "");

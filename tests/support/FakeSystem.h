@@ -1,0 +1,43 @@
+#pragma once
+
+#include "platform/DiskImages.h"
+#include "platform/ProcessInfo.h"
+
+// Surroundings that never change, and names that can be foretold.
+class FakeProcessInfo final : public platform::ProcessInfo {
+public:
+    std::vector<std::string> arguments() override { return commandLine; }
+    platform::OperatingSystemVersion operatingSystemVersion() override { return {10, 9, 0}; }
+    std::string globallyUniqueString() override { return "UNIQUE"; }
+    std::string makeUUID() override { return "00000000-0000-4000-8000-00000000000" + std::to_string(++uuids_); }
+    std::string temporaryDirectory() override { return "/tmp/me/"; }
+    std::string homeDirectory() override { return "/Users/me"; }
+    std::string systemPath(const std::string& path) override { return path; }
+    double secondsSinceReferenceDate() override { return 400000000.1234; }
+
+    std::vector<std::string> commandLine{"/Downloads/Tolvix Installer.app/Contents/MacOS/TolvixInstaller"};
+
+private:
+    int uuids_ = 0;
+};
+
+class FakeLocale final : public platform::Locale {
+public:
+    std::optional<std::string> countryCode() override { return country; }
+    std::vector<std::string> preferredLanguages() override { return languages; }
+
+    std::optional<std::string> country = "CH";
+    std::vector<std::string> languages{"fr-CH", "de"};
+};
+
+class FakeConsole final : public platform::Console {
+public:
+    void log(const std::string& message) override { messages.push_back(message); }
+
+    std::vector<std::string> messages;
+};
+
+class FakeDiskImages final : public platform::DiskImages {
+public:
+    std::string toolPath() override { return "/usr/bin/hdiutil"; }
+};
