@@ -16,14 +16,9 @@ FakeFiles::Item& FakeFiles::addFolder(const std::string& path) {
     return item;
 }
 
-FakeFiles::Item& FakeFiles::addFile(const std::string& path, const std::string& content) {
+FakeFiles::Item& FakeFiles::add(const std::string& path, const Item& item) {
     addFolder(path::deletingLastPathComponent(path));
-    return items_[path] = Item{FileType::Regular, content};
-}
-
-FakeFiles::Item& FakeFiles::addLink(const std::string& path, const std::string& target) {
-    addFolder(path::deletingLastPathComponent(path));
-    return items_[path] = Item{FileType::SymbolicLink, target};
+    return items_[path] = item;
 }
 
 FakeFiles::Item* FakeFiles::item(const std::string& path) {
@@ -81,14 +76,9 @@ void FakeFiles::removeTree(const std::string& path) {
     items_.erase(path);
 }
 
-bool FakeFiles::isReadableFile(const std::string& path) {
+bool FakeFiles::allows(const std::string& path, bool Item::*right) {
     const Item* found = followed(path);
-    return found != nullptr && found->readable;
-}
-
-bool FakeFiles::isWritableFile(const std::string& path) {
-    const Item* found = followed(path);
-    return found != nullptr && found->writable;
+    return found != nullptr && found->*right;
 }
 
 std::optional<std::vector<std::string>> FakeFiles::contentsOfDirectory(const std::string& path) {

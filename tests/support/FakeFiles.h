@@ -24,8 +24,12 @@ public:
 
     // Adds an item, and the folders above it where they are missing.
     Item& addFolder(const std::string& path);
-    Item& addFile(const std::string& path, const std::string& content = "");
-    Item& addLink(const std::string& path, const std::string& target);
+    Item& addFile(const std::string& path, const std::string& content = "") {
+        return add(path, {platform::FileType::Regular, content});
+    }
+    Item& addLink(const std::string& path, const std::string& target) {
+        return add(path, {platform::FileType::SymbolicLink, target});
+    }
 
     // The item itself, or null; links are not followed.
     Item* item(const std::string& path);
@@ -35,8 +39,8 @@ public:
     void failAt(Operation operation, const std::string& path) { failures_.insert({operation, path}); }
 
     bool fileExists(const std::string& path) override { return followed(path) != nullptr; }
-    bool isReadableFile(const std::string& path) override;
-    bool isWritableFile(const std::string& path) override;
+    bool isReadableFile(const std::string& path) override { return allows(path, &Item::readable); }
+    bool isWritableFile(const std::string& path) override { return allows(path, &Item::writable); }
     std::optional<std::vector<std::string>> contentsOfDirectory(const std::string& path) override;
     std::vector<std::string> entriesBelow(const std::string& path) override;
     std::optional<platform::FileAttributes> attributesOfItem(const std::string& path) override;
@@ -59,6 +63,8 @@ public:
     std::set<std::string> sharedFolders;
 
 private:
+    Item& add(const std::string& path, const Item& item);
+    bool allows(const std::string& path, bool Item::*right);
     void copyTree(const std::string& from, const std::string& to);
     bool succeeds(Operation operation, const std::string& path, ErrorOut error);
     std::string resolved(std::string path) const;

@@ -22,15 +22,13 @@ public:
     }
 
     bool synchronize(const std::string& domain) override {
-        const auto changed = pending_.extract(domain);
-        if (changed && !readOnly)
+        if (const auto changed = pending_.extract(domain))
             stored[domain] = changed.mapped();
-        return !readOnly;
+        return true;
     }
 
     std::map<std::string, foundation::Value::Dictionary> stored;
     int writes = 0;
-    bool readOnly = false;
 
 private:
     std::map<std::string, foundation::Value::Dictionary> pending_;

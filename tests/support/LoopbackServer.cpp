@@ -28,14 +28,12 @@ public:
     }
 
     bool write(std::string_view bytes) {
-        while (!bytes.empty()) {
-            const auto count = tls_ ? SSL_write(tls_.get(), bytes.data(), static_cast<int>(bytes.size()))
-                                    : ::send(socket_, bytes.data(), bytes.size(), 0);
-            if (count <= 0)
-                return false;
-            bytes.remove_prefix(static_cast<std::size_t>(count));
-        }
-        return true;
+        if (bytes.empty())
+            return true;
+        // Both block until all is on its way.
+        const auto count = tls_ ? SSL_write(tls_.get(), bytes.data(), static_cast<int>(bytes.size()))
+                                : ::send(socket_, bytes.data(), bytes.size(), 0);
+        return count == static_cast<ssize_t>(bytes.size());
     }
 
     void end(Ending ending) {

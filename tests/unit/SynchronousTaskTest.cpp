@@ -39,8 +39,6 @@ TEST_F(SynchronousTaskTest, TheToolGetsItsArgumentsAndItsWholeInput) {
     EXPECT_EQ(launch.task.directory, "/");
     EXPECT_EQ(launch.input->written, "yes\n");
     EXPECT_TRUE(launch.input->ended);
-    NTSynchronousTask::task("/bin/tool", std::nullopt, {}, "");
-    EXPECT_EQ(system.tasks.launches.back().task.directory, std::nullopt);
 }
 
 TEST_F(SynchronousTaskTest, WithoutInputTheToolsInputStaysOpenUntilTheEnd) {
