@@ -16,6 +16,7 @@ const std::string failed = "MAC_LAUNCHER_FAILED_";
 
 void expectAlert(const Alert& alert, AlertStyle style, const std::string& subject, const Texts& buttons,
                  std::size_t escapeButton, std::size_t quitButton) {
+    SCOPED_TRACE(subject + " with " + std::to_string(buttons.size()) + " buttons");
     EXPECT_EQ(alert.style, style);
     EXPECT_EQ(alert.messageText, subject + "_TITLE");
     EXPECT_EQ(alert.informativeText, subject + "_DESCRIPTION");

@@ -42,13 +42,10 @@ TEST(PathStringTest, TakesPathsApart) {
 }
 
 TEST(PathStringTest, JoinsWithOneSlashAndNeverReplacesThePath) {
-    const char* const rows[][3] = {{"/tmp/", "x.dmg", "/tmp/x.dmg"},
-                                   {"/", "x", "/x"},
-                                   {"/tmp/", "", "/tmp"},
-                                   {"/tmp", "/", "/tmp"},
-                                   {"/tmp//a", "/b//c/", "/tmp/a/b/c"}};
-    for (const auto& [folder, name, joined] : rows)
-        EXPECT_EQ(path::appendingPathComponent(folder, name), joined);
+    EXPECT_EQ(path::appendingPathComponent("/", "x"), "/x");
+    EXPECT_EQ(path::appendingPathComponent("/tmp/", ""), "/tmp");
+    EXPECT_EQ(path::appendingPathComponent("/tmp", "/"), "/tmp");
+    EXPECT_EQ(path::appendingPathComponent("/tmp//a", "/b//c/"), "/tmp/a/b/c");
     EXPECT_EQ(path::appendingPathExtension("/a/b/", "app"), "/a/b.app");
     EXPECT_EQ(path::expandingTilde("~/Library", "/Users/me/"), "/Users/me/Library");
     EXPECT_EQ(path::expandingTilde("~other/x", "/Users/me"), "~other/x");
