@@ -132,11 +132,11 @@ TEST_F(AuthenticatedCopyTest, AWritableProductIsReplacedWithoutRights) {
 }
 
 TEST_F(AuthenticatedCopyTest, AProductOrFolderThatCannotBeWrittenTakesRights) {
-    for (const std::string& protectedItem : {product, std::string("/Applications")}) {
+    for (const char* protectedItem : {"/Applications/Tolvix.app", "/Applications"}) {
         CopyWorld world;
         world.system.files.item(protectedItem)->writable = false;
-        EXPECT_EQ(world.replace(), "done") << protectedItem;
-        EXPECT_EQ(world.system.authorization.commands, operations[1].commands);
+        world.replace();
+        EXPECT_EQ(world.system.authorization.commands, operations[1].commands) << protectedItem;
     }
 }
 

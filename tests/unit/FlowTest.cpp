@@ -188,9 +188,8 @@ TEST_F(FlowTest, TheRealStagesInstallFromEndToEnd) {
 TEST_F(FlowTest, ResultsThatComeLateFindTheFlowWithoutItsController) {
     launchRealStages();
     newSteps();
-    for (const char* name : {"Tolvix.app", "a"}) {
+    for (const char* name : {"Tolvix.app", "a"})
         system.files.failAt(FakeFiles::Operation::Copy, std::string("/tmp/me/UNIQUE/") + name);
-    }
     system.transfers.downloads[0]->finish();
     system.threads.runAll();
     EXPECT_EQ(newSteps(), "23.22 23.31 23.33 23.33");

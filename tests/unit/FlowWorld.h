@@ -53,8 +53,7 @@ public:
     }
 
     void launch(const Texts& options = {}) {
-        for (const std::string& option : options)
-            system.processInfo.commandLine.push_back(option);
+        system.processInfo.commandLine.insert(system.processInfo.commandLine.end(), options.begin(), options.end());
         app->applicationDidFinishLaunching();
     }
 

@@ -87,18 +87,14 @@ TEST_F(InstallControllerTest, MissingContentsAreReported) {
               "fail " + installerError + "4001 Couldn't extract file at path: " + folder + "/UNIQUE");
 }
 
-TEST_F(InstallControllerTest, AFailedPlainCopyIsDoneAgainWithAuthentication) {
+// Deliberate in the program: the old product goes first.
+TEST_F(InstallControllerTest, AFailedPlainCopyIsDoneAgainWithAuthenticationAndNoHalfProductStays) {
     system.files.failAt(FakeFiles::Operation::Copy, source);
     EXPECT_EQ(install(), ended);
     EXPECT_TRUE(holds("new"));
     EXPECT_EQ(system.authorization.commands, (Texts{"/bin/rm -rf " + product, "/bin/mv -f " + source + " " + product,
                                                     "/usr/sbin/chown -R 501:20 " + product}));
-}
-
-// Deliberate in the program: the old product goes first.
-TEST_F(InstallControllerTest, ACopyThatFailsInTheEndLeavesNoHalfProduct) {
-    system.authorization.waitResults = {{1, 1 << 8}, {2, 1 << 8}};
-    system.files.failAt(FakeFiles::Operation::Copy, source);
+    system.authorization.waitResults = {{4, 1 << 8}, {5, 1 << 8}};
     EXPECT_EQ(install(), copyRefused);
     EXPECT_FALSE(system.files.has(product));
     system.files.addFile(product + "/old");

@@ -47,18 +47,14 @@ TEST(JSONTest, ReadsDocuments) {
         ASSERT_TRUE(std::holds_alternative<Value>(answer)) << std::get<foundation::Error>(answer).description();
         EXPECT_EQ(std::get<Value>(answer), expected) << std::get<Value>(answer).description();
     }
-}
-
-TEST(JSONTest, NestingEndsAtFiveHundredAndTwelveLevels) {
-    EXPECT_TRUE(std::holds_alternative<Value>(parseJSON(nested(512, "1"))));
-    EXPECT_FALSE(std::holds_alternative<Value>(parseJSON(nested(513, ""))));
+    EXPECT_TRUE(std::holds_alternative<Value>(parseJSON(nested(512, "1")))) << "the deepest nesting";
 }
 
 TEST(JSONTest, RefusesEverythingElse) {
     std::string manyObjects;
     for (int i = 0; i < 100000; ++i)
         manyObjects += "{\"a\":";
-    std::vector<std::string> rows{nested(100000, ""), manyObjects, "\xFF\xFE[\0]"s};
+    std::vector<std::string> rows{nested(513, ""), nested(100000, ""), manyObjects, "\xFF\xFE[\0]"s};
     for (const char* structure : {"", "200", "null", "{}x", "[1 2]", "[1,,]", "{'a':1}", "{a:1}", "{\"a\":}", "{}//"})
         rows.emplace_back(structure);
     for (const char* content : {"01", "1.", ".5", "+1", "NaN", "\"\n\"", "\"\\x41\"", "\"\\u12\"", "\"\\udc00\"",

@@ -29,10 +29,7 @@ TEST(StringsTableTest, ReadsTables) {
         {"key alone", "\"A\";", {{"A", "A"}}},
         {"single quotes", "'A' = 'say \"x\"';", {{"A", "say \"x\""}}},
         {"braces around all", "{ \"A\" = \"x\"; }", {{"A", "x"}}},
-        {"escapes",
-         R"("A" = "\"\\\n\t\U00e9\Ud83d\Ude00\101\q";)",
-         {{"A", "\"\\\n\t\xC3\xA9\xF0\x9F\x98\x80"
-                "Aq"}}},
+        {"escapes", R"("A" = "\"\\\n\t\U00e9\Ud83d\Ude00 \101\q";)", {{"A", "\"\\\n\t\xC3\xA9\xF0\x9F\x98\x80 Aq"}}},
         {"line break inside a text", "\"A\" = \"x\ny\";", {{"A", "x\ny"}}},
         {"UTF-8", "\"A\" = \"\xE7\xBB\xA7\";", {{"A", "\xE7\xBB\xA7"}}},
         {"UTF-8 with a mark", "\xEF\xBB\xBF\"A\" = \"x\";", {{"A", "x"}}},
