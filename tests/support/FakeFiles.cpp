@@ -148,9 +148,9 @@ bool FakeFiles::copyItem(const std::string& from, const std::string& to, ErrorOu
     return possible;
 }
 
-bool FakeFiles::moveItem(const std::string& from, const std::string& to, ErrorOut error) {
+bool FakeFiles::moveItem(const std::string& from, const std::string& to, ErrorOut /*error*/) {
     changes.push_back("move " + from + " " + to);
-    if (!succeeds(Operation::Move, from, error) || !has(from) || !isVacant(placeOf(to)))
+    if (!has(from) || !isVacant(placeOf(to)))
         return false;
     moveTree(placeOf(from), placeOf(to));
     return true;

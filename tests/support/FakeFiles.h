@@ -9,7 +9,7 @@
 // A tree of files in memory. What is added belongs to this user and may be read and written.
 class FakeFiles final : public platform::FileQueries, public platform::FileChanges {
 public:
-    enum class Operation { Create, Copy, Move, Remove };
+    enum class Operation { Create, Copy, Remove };
 
     static constexpr platform::FileOwner thisUser{501, 20};
 
