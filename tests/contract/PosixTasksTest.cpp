@@ -1,8 +1,7 @@
-// What the real task services promise beyond their fake: what a child is given, and how it ends.
+// Child processes: what they are given, how their output and status arrive, and how they end.
 
 #include "platform/posix/PosixTasks.h"
 #include "platform/posix/PosixRunLoop.h"
-#include "tests/contract/TasksWorld.h"
 #include "tests/contract/TestFolder.h"
 
 #include <gtest/gtest.h>
@@ -10,14 +9,50 @@
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
+#include <functional>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
+#include <vector>
 
 using namespace std::chrono_literals;
-using tests::RunningTask;
+using platform::TaskDescription;
 
 namespace {
+
+// A task with pipes, and what has come of it so far.
+class RunningTask {
+public:
+    RunningTask(platform::Tasks& tasks, TaskDescription task) : tasks_(tasks), task_(std::move(task)) {
+        task_.standardInput = tasks_.makePipe();
+        task_.standardOutput = tasks_.makePipe();
+    }
+
+    // Starts reading and launches. Whether that worked.
+    bool launch() {
+        task_.standardOutput->readToEndInBackground(loop_, [this](std::string bytes) { outputs.push_back(bytes); });
+        return tasks_.launch(task_, loop_, [this](int status) { statuses.push_back(status); });
+    }
+    // Runs the loop until the condition holds; a task that hangs ends by the time limit of the test run.
+    void runUntil(const std::function<bool()>& condition) const {
+        while (!condition())
+            loop_->runOnce(1s);
+    }
+    void runToTheEnd() const {
+        runUntil([this] { return !outputs.empty() && !statuses.empty(); });
+    }
+
+    platform::Pipe& input() const { return *task_.standardInput; }
+    platform::RunLoop& loop() const { return *loop_; }
+
+    std::vector<std::string> outputs;
+    std::vector<int> statuses;
+
+private:
+    platform::Tasks& tasks_;
+    std::shared_ptr<platform::RunLoop> loop_ = std::make_shared<platform::PosixRunLoop>();
+    TaskDescription task_;
+};
 
 class PosixTasks : public testing::Test {
 protected:
@@ -28,11 +63,7 @@ protected:
     }
 
     RunningTask task(std::vector<std::string> steps, std::optional<std::string> directory = std::nullopt) {
-        platform::TaskDescription description;
-        description.path = TASK_TEST_PROGRAM;
-        description.arguments = std::move(steps);
-        description.directory = std::move(directory);
-        return {tasks_, std::make_shared<platform::PosixRunLoop>(), description};
+        return {tasks_, {TASK_TEST_PROGRAM, std::move(steps), std::move(directory), nullptr, nullptr}};
     }
 
     // The output of a task that succeeds.
@@ -62,19 +93,35 @@ protected:
     platform::PosixTasks tasks_;
 };
 
+TEST_F(PosixTasks, OutputAndStatusArriveOnceEach) {
+    const struct {
+        std::vector<std::string> steps;
+        std::string output;
+        int status;
+    } rows[] = {{{"print", "some\nlines\n"}, "some\nlines\n", 0},
+                {{"exit", "255"}, "", 255},
+                {{"print", "out", "signal", "9"}, "out", SIGKILL},
+                {{"signal", "15"}, "", SIGTERM},
+                {{"signal", "13"}, "", SIGPIPE}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.status);
+        RunningTask running = task(row.steps);
+        ASSERT_TRUE(running.launch());
+        running.runToTheEnd();
+        EXPECT_EQ(running.outputs, std::vector<std::string>{row.output});
+        EXPECT_EQ(running.statuses, std::vector<int>{row.status});
+    }
+}
+
 // A failing tool closes its output a moment before its status can be had. Whoever waits no longer than this for it must
 // know it, however the two come in.
 TEST_F(PosixTasks, TheStatusIsKnownSoonAfterTheOutput) {
     for (int run = 0; run < 200; ++run) {
-        const auto loop = std::make_shared<platform::PosixRunLoop>();
-        platform::TaskDescription description;
-        description.path = TASK_TEST_PROGRAM;
-        description.arguments = {"print", "x", "exit", "1"};
-        RunningTask running(tasks_, loop, description);
+        RunningTask running = task({"print", "x", "exit", "1"});
         ASSERT_TRUE(running.launch());
-        running.runUntilOutput();
+        running.runUntil([&] { return !running.outputs.empty(); });
         if (running.statuses.empty())
-            loop->runOnce(5s);
+            running.loop().runOnce(5s);
         ASSERT_EQ(running.statuses, std::vector<int>{1});
     }
     EXPECT_TRUE(hasNoChild());
@@ -121,23 +168,19 @@ TEST_F(PosixTasks, WhatCannotBeStartedLeavesNothingBehind) {
     const std::string plain = folder_.write("plain", "#!/bin/sh\n");
     const std::string noProgram = folder_.write("noProgram", "neither script nor program", true);
     const std::string badScript = folder_.write("badScript", "#!/missing/interpreter\n", true);
-    const std::string tool = TASK_TEST_PROGRAM;
-    for (const auto& [path, directory] :
-         std::initializer_list<std::pair<std::string, std::optional<std::string>>>{{"/missing/tool", {}},
-                                                                                   {plain, {}},
-                                                                                   {noProgram, {}},
-                                                                                   {badScript, {}},
-                                                                                   {folder_.path(), {}},
-                                                                                   {"sh", {}},
-                                                                                   {"", {}},
-                                                                                   {tool, folder_.path("missing")},
-                                                                                   {tool, plain}}) {
-        platform::TaskDescription description{path, {}, directory, nullptr, nullptr};
-        RunningTask running(tasks_, std::make_shared<platform::PosixRunLoop>(), description);
-        EXPECT_FALSE(running.launch()) << path;
-        EXPECT_FALSE(tasks_.launchDetached(description)) << path;
-        EXPECT_FALSE(tasks_.launch(description, nullptr, {})) << path;
-    }
+    const auto expectRefusal = [this](const TaskDescription& description) {
+        SCOPED_TRACE(description.path + ' ' + description.directory.value_or(""));
+        RunningTask running(tasks_, description);
+        EXPECT_FALSE(running.launch());
+        EXPECT_TRUE(running.statuses.empty());
+        EXPECT_FALSE(tasks_.launchDetached(description));
+        EXPECT_FALSE(tasks_.launch(description, nullptr, {}));
+    };
+    for (const std::string& path :
+         {std::string("/missing/tool"), plain, noProgram, badScript, folder_.path(), std::string("sh"), std::string()})
+        expectRefusal({path, {}, {}, nullptr, nullptr});
+    for (const std::string& directory : {folder_.path("missing"), plain})
+        expectRefusal({TASK_TEST_PROGRAM, {}, directory, nullptr, nullptr});
     EXPECT_TRUE(hasNoChild());
 }
 
@@ -168,13 +211,20 @@ TEST_F(PosixTasks, LargeInputAndOutputPassAtTheSameTime) {
     EXPECT_EQ(outputOf({"flood", "10000000"}).size(), 10000000U);
 }
 
-TEST_F(PosixTasks, ASignalThatEndsAToolIsItsStatus) {
-    for (const int number : {SIGKILL, SIGTERM, SIGPIPE}) {
-        RunningTask running = task({"signal", std::to_string(number)});
-        ASSERT_TRUE(running.launch());
-        running.runToTheEnd();
-        EXPECT_EQ(running.statuses, std::vector<int>{number});
-    }
+TEST_F(PosixTasks, AnOutputThatIsClosedEarlyIsNotHeldBackByTheTool) {
+    RunningTask running = task({"print", "early", "closeOutput", "waitForEndOfInput"});
+    ASSERT_TRUE(running.launch());
+    running.runUntil([&] { return !running.outputs.empty(); });
+    EXPECT_EQ(running.outputs, std::vector<std::string>{"early"});
+    EXPECT_TRUE(running.statuses.empty());
+    running.input().closeWriting();
+}
+
+TEST_F(PosixTasks, InputThatNobodyReadsIsAnOrdinaryFailure) {
+    RunningTask running = task({"closeInput", "print", "x"});
+    ASSERT_TRUE(running.launch());
+    running.runUntil([&] { return !running.outputs.empty(); });
+    EXPECT_FALSE(running.input().write("yes\n"));
 }
 
 // Neither the runner nor the services have to wait for a tool that keeps running.
@@ -183,7 +233,7 @@ TEST_F(PosixTasks, RunnersAndServicesMayGoBeforeTheTool) {
     const auto loop = std::make_shared<platform::PosixRunLoop>();
     const auto seen = std::make_shared<std::vector<std::string>>();
     const auto launch = [&] {
-        platform::TaskDescription description{TASK_TEST_PROGRAM, {"waitForEndOfInput", "print", "x"}, {}, {}, {}};
+        TaskDescription description{TASK_TEST_PROGRAM, {"waitForEndOfInput", "print", "x"}, {}, {}, {}};
         description.standardInput = tasks->makePipe();
         description.standardOutput = tasks->makePipe();
         description.standardOutput->readToEndInBackground(loop,
