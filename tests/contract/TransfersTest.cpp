@@ -5,16 +5,6 @@
 
 namespace tests {
 
-namespace {
-
-void note(std::string& text, const std::string& message) {
-    if (message == "data" && text.ends_with("data "))
-        return;
-    text += message + ' ';
-}
-
-} // namespace
-
 void MainQueue::performOnMain(std::function<void()> step) {
     const std::lock_guard lock(mutex_);
     steps_.push_back(std::move(step));
@@ -41,49 +31,39 @@ bool MainQueue::runUntil(const std::function<bool()>& condition) {
     return true;
 }
 
-void DownloadNotes::downloadDidReceiveResponse(std::int64_t expectedContentLength) {
-    note(text, "response " + std::to_string(expectedContentLength));
+void TransferNotes::note(const std::string& message) {
+    if (message != "data" || !text.ends_with("data "))
+        text += message + ' ';
 }
 
-void DownloadNotes::downloadDidReceiveDataOfLength(std::uint64_t length) {
-    note(text, "data");
+void TransferNotes::end(const std::string& message) {
+    note(message);
+    ended = true;
+}
+
+void TransferNotes::downloadDidReceiveResponse(std::int64_t expectedContentLength) {
+    note("response " + std::to_string(expectedContentLength));
+}
+
+void TransferNotes::downloadDidReceiveDataOfLength(std::uint64_t length) {
+    note("data");
     lengths.push_back(length);
     received += length;
 }
 
-bool DownloadNotes::downloadShouldDecodeSourceDataOfMIMEType(const std::string& /*type*/) {
+bool TransferNotes::downloadShouldDecodeSourceDataOfMIMEType(const std::string& /*type*/) {
     ADD_FAILURE() << "nothing is ever unpacked";
     return false;
 }
 
-void DownloadNotes::downloadDidFinish() {
-    note(text, "finish");
-    ended = true;
-}
-
-void DownloadNotes::downloadDidFailWithError(const foundation::Error& failure) {
-    note(text, "fail " + std::to_string(failure.code));
+void TransferNotes::downloadDidFailWithError(const foundation::Error& failure) {
     error = failure;
-    ended = true;
+    end("fail " + std::to_string(failure.code));
 }
 
-void ConnectionNotes::connectionDidReceiveResponse() {
-    note(text, "response");
-}
-
-void ConnectionNotes::connectionDidReceiveData(std::string_view data) {
-    note(text, "data");
+void TransferNotes::connectionDidReceiveData(std::string_view data) {
+    note("data");
     answer += data;
-}
-
-void ConnectionNotes::connectionDidFinishLoading() {
-    note(text, "finish");
-    ended = true;
-}
-
-void ConnectionNotes::connectionDidFailWithError(const foundation::Error& error) {
-    note(text, "fail " + std::to_string(error.code));
-    ended = true;
 }
 
 std::string failure(std::int64_t code) {
@@ -96,20 +76,20 @@ platform::CurlTransfers& TransfersTest::transfers() {
     return *transfers_;
 }
 
-std::shared_ptr<DownloadNotes> TransfersTest::startDownload(const std::string& url, const std::string& name) {
-    auto notes = std::make_shared<DownloadNotes>();
+std::shared_ptr<TransferNotes> TransfersTest::startDownload(const std::string& url, const std::string& name) {
+    auto notes = std::make_shared<TransferNotes>();
     transfers().startDownload(*foundation::URL::withString(url), notes)->setDestination(folder_.path(name), true);
     return notes;
 }
 
-std::shared_ptr<DownloadNotes> TransfersTest::download(const std::string& url, const std::string& name) {
+std::shared_ptr<TransferNotes> TransfersTest::download(const std::string& url, const std::string& name) {
     auto notes = startDownload(url, name);
     EXPECT_TRUE(main_.runUntil([&] { return notes->ended; })) << url;
     return notes;
 }
 
-std::shared_ptr<ConnectionNotes> TransfersTest::post(const std::string& url, const std::string& body) {
-    auto notes = std::make_shared<ConnectionNotes>();
+std::shared_ptr<TransferNotes> TransfersTest::post(const std::string& url, const std::string& body) {
+    auto notes = std::make_shared<TransferNotes>();
     const platform::PostRequest request{*foundation::URL::withString(url), "content-type", "text/x-test", body};
     EXPECT_TRUE(transfers().startPost(request, notes));
     EXPECT_TRUE(main_.runUntil([&] { return notes->ended; })) << url;

@@ -31,37 +31,34 @@ private:
     std::deque<std::function<void()>> steps_;
 };
 
-// Notes a download's messages: "response <length>", "data" (once for several in a row), "finish", "fail <code>".
-class DownloadNotes final : public platform::DownloadDelegate {
+// Notes the messages of a transfer: "response <length>" of a download, "response" of a request, "data" (once for
+// several in a row), "finish", "fail <code>".
+class TransferNotes final : public platform::DownloadDelegate, public platform::ConnectionDelegate {
 public:
     void downloadDidReceiveResponse(std::int64_t expectedContentLength) override;
     void downloadDidReceiveDataOfLength(std::uint64_t length) override;
     bool downloadShouldDecodeSourceDataOfMIMEType(const std::string& type) override;
-    void downloadDidFinish() override;
-    void downloadDidFailWithError(const foundation::Error& error) override;
+    void downloadDidFinish() override { end("finish"); }
+    void downloadDidFailWithError(const foundation::Error& failure) override;
+    void connectionDidReceiveResponse() override { note("response"); }
+    void connectionDidReceiveData(std::string_view data) override;
+    void connectionDidFinishLoading() override { end("finish"); }
+    void connectionDidFailWithError(const foundation::Error& failure) override { downloadDidFailWithError(failure); }
 
     std::string text;
     std::vector<std::uint64_t> lengths;
     std::uint64_t received = 0;
+    std::string answer;
     foundation::Error error;
     bool ended = false;
+
+private:
+    void note(const std::string& message);
+    void end(const std::string& message);
 };
 
 // What the notes say of a failure with that code.
 std::string failure(std::int64_t code);
-
-// Notes a request's messages: "response", "data" (once for several in a row), "finish", "fail <code>".
-class ConnectionNotes final : public platform::ConnectionDelegate {
-public:
-    void connectionDidReceiveResponse() override;
-    void connectionDidReceiveData(std::string_view data) override;
-    void connectionDidFinishLoading() override;
-    void connectionDidFailWithError(const foundation::Error& error) override;
-
-    std::string text;
-    std::string answer;
-    bool ended = false;
-};
 
 // The real transfers with a manual main thread and an empty folder.
 class TransfersTest : public testing::Test {
@@ -71,13 +68,13 @@ protected:
     void forgetTransfers() { transfers_.reset(); }
 
     // Begins a download to the file of that name in the folder.
-    std::shared_ptr<DownloadNotes> startDownload(const std::string& url, const std::string& name = "file");
+    std::shared_ptr<TransferNotes> startDownload(const std::string& url, const std::string& name = "file");
 
     // A whole download.
-    std::shared_ptr<DownloadNotes> download(const std::string& url, const std::string& name = "file");
+    std::shared_ptr<TransferNotes> download(const std::string& url, const std::string& name = "file");
 
     // A whole request.
-    std::shared_ptr<ConnectionNotes> post(const std::string& url, const std::string& body = "a=b");
+    std::shared_ptr<TransferNotes> post(const std::string& url, const std::string& body = "a=b");
 
     std::optional<std::string> fetch(const std::string& url);
 
