@@ -14,18 +14,36 @@
 
 namespace {
 
-using platform::QtApplication;
 using platform::QtThreads;
 using platform::TerminateReply;
 
-// Notes what it is asked, and answers what the test has laid out.
-class Delegate : public platform::ApplicationDelegate {
+// An application whose delegate notes what it is asked, and answers what the test has laid out.
+class Program : public platform::ApplicationDelegate {
 public:
+    int run() {
+        application.setDelegate(*this);
+        // Ends a loop that a fault keeps from ending.
+        QTimer::singleShot(10000, &guard, [] { QCoreApplication::exit(99); });
+        return application.run();
+    }
+    // Carries out the letters of a script: q(uit), y(es) and n(o) to the question, and a blank for a turn of the loop.
+    void play(const std::string& script) {
+        for (std::size_t at = 0; at < script.size(); ++at) {
+            if (script[at] == 'q') {
+                application.terminate();
+            } else if (script[at] != ' ') {
+                application.replyToApplicationShouldTerminate(script[at] == 'y');
+            } else {
+                QTimer::singleShot(1, &guard, [this, rest = script.substr(at + 1)] { play(rest); });
+                break;
+            }
+        }
+        calls += "| ";
+    }
+
     void applicationDidFinishLaunching() override {
         calls += "launched ";
-        if (launched) {
-            launched();
-        }
+        launched();
     }
     TerminateReply applicationShouldTerminate() override {
         calls += "asked ";
@@ -33,140 +51,94 @@ public:
         if (!replies.empty()) {
             replies.erase(replies.begin());
         }
-        if (asked) {
-            asked();
-        }
+        asked();
         return reply;
     }
     bool applicationShouldTerminateAfterLastWindowClosed() override { return true; }
     void showHelp() override {}
 
-    std::function<void()> launched;
-    std::function<void()> asked;
+    std::function<void()> launched = [] {};
+    std::function<void()> asked = [] {};
     std::vector<TerminateReply> replies;
     std::string calls;
-};
-
-class Application : public ::testing::Test {
-protected:
-    int run() {
-        application.setDelegate(delegate);
-        // Ends a loop that a fault keeps from ending.
-        QTimer::singleShot(10000, &guard, [] { QCoreApplication::exit(99); });
-        return application.run();
-    }
-    void later(std::function<void()> step) {
-        QTimer::singleShot(1, &guard, [this, step = std::move(step)] {
-            delegate.calls += "later ";
-            step();
-        });
-    }
-
-    Delegate delegate;
-    QtApplication application;
+    platform::QtApplication application;
     QObject guard;
 };
 
-TEST_F(Application, endsWhenTheDelegateAgrees) {
-    delegate.launched = [this] {
-        application.terminate();
-        delegate.calls += "returned ";
+TEST(Application, endsWhenTheDelegateAgrees) {
+    using enum TerminateReply;
+    const struct {
+        std::vector<TerminateReply> replies;
+        const char* script;
+        const char* calls;
+    } rows[] = {
+        {{Now}, "q", "launched | asked "},
+        {{Cancel, Now}, "q q", "launched | asked | asked "},
+        // An answer to no question counts for nothing.
+        {{Later, Later}, "yq nq y", "launched | asked | asked | "},
+        // A request under a question is remembered.
+        {{Later, Now}, "q qq n", "launched | asked | | asked "},
     };
-    EXPECT_EQ(run(), 0);
-    EXPECT_EQ(delegate.calls, "launched returned asked ");
+    for (const auto& row : rows) {
+        Program program;
+        program.replies = row.replies;
+        program.launched = [&] { program.play(row.script); };
+        EXPECT_EQ(program.run(), 0) << row.script;
+        EXPECT_EQ(program.calls, row.calls) << row.script;
+    }
 }
 
-TEST_F(Application, requestsBeforeTheLoopAreNotLost) {
-    application.terminate();
+TEST(Application, requestsBeforeTheLoopAreNotLost) {
+    Program program;
+    program.application.terminate();
     QCoreApplication::processEvents();
-    EXPECT_EQ(delegate.calls, "");
-    EXPECT_EQ(run(), 0);
-    EXPECT_EQ(delegate.calls, "launched asked ");
+    EXPECT_EQ(program.calls, "");
+    EXPECT_EQ(program.run(), 0);
+    EXPECT_EQ(program.calls, "launched asked ");
 }
 
-TEST_F(Application, goesOnWhenTheDelegateRefuses) {
-    delegate.replies = {TerminateReply::Cancel, TerminateReply::Now};
-    delegate.launched = [this] {
-        application.terminate();
-        later([this] { application.terminate(); });
-    };
-    EXPECT_EQ(run(), 0);
-    EXPECT_EQ(delegate.calls, "launched asked later asked ");
+TEST(Application, takesAReplyWithinTheQuestion) {
+    Program program;
+    program.replies = {TerminateReply::Later};
+    program.launched = [&] { program.application.terminate(); };
+    program.asked = [&] { program.application.replyToApplicationShouldTerminate(true); };
+    EXPECT_EQ(program.run(), 0);
+    EXPECT_EQ(program.calls, "launched asked ");
 }
 
-TEST_F(Application, waitsForALateReply) {
-    delegate.replies = {TerminateReply::Later, TerminateReply::Later};
-    delegate.launched = [this] {
-        application.replyToApplicationShouldTerminate(true); // to no question
-        application.terminate();
-        later([this] {
-            application.replyToApplicationShouldTerminate(false);
-            application.terminate();
-            later([this] { application.replyToApplicationShouldTerminate(true); });
-        });
-    };
-    EXPECT_EQ(run(), 0);
-    EXPECT_EQ(delegate.calls, "launched asked later asked later ");
-}
-
-TEST_F(Application, remembersARequestThatComesUnderAQuestion) {
-    delegate.replies = {TerminateReply::Later, TerminateReply::Now};
-    delegate.launched = [this] {
-        application.terminate();
-        later([this] {
-            application.terminate();
-            application.terminate();
-            later([this] { application.replyToApplicationShouldTerminate(false); });
-        });
-    };
-    EXPECT_EQ(run(), 0);
-    EXPECT_EQ(delegate.calls, "launched asked later later asked ");
-}
-
-TEST_F(Application, takesAReplyWithinTheQuestion) {
-    delegate.replies = {TerminateReply::Later};
-    delegate.launched = [this] { application.terminate(); };
-    delegate.asked = [this] { application.replyToApplicationShouldTerminate(true); };
-    EXPECT_EQ(run(), 0);
-    EXPECT_EQ(delegate.calls, "launched asked ");
-}
-
-class Threads : public Application {
+class Threads : public ::testing::Test {
 protected:
+    Program program;
     QtThreads threads;
 };
 
 TEST_F(Threads, stepsRunLaterAndInOrder) {
     constexpr int count = 1000;
-    std::string order;
-    std::vector<int> previous(4, -1);
-    int received = 0;
-    bool isOrdered = true;
+    std::vector<std::string> received(4);
+    std::string expected;
     const std::thread::id mainThread = std::this_thread::get_id();
-    delegate.launched = [&] {
-        for (const char* name : {"a", "b", "c"}) {
-            threads.performOnMain([&order, name] { order += name; });
-        }
-        order += "|";
-        for (std::size_t sender = 0; sender < previous.size(); ++sender) {
-            threads.performInBackground([&, sender] {
+    for (int number = 0; number < count; ++number) {
+        expected += std::to_string(number) + ' ';
+    }
+    program.launched = [&] {
+        threads.performOnMain([&] { program.calls += "later "; });
+        program.calls += "first ";
+        for (std::string& numbers : received) {
+            threads.performInBackground([&] {
                 for (int number = 0; number < count; ++number) {
-                    threads.performOnMain([&, sender, number] {
-                        isOrdered =
-                            isOrdered && number == previous[sender] + 1 && std::this_thread::get_id() == mainThread;
-                        previous[sender] = number;
-                        if (++received == 4 * count) {
-                            application.terminate();
+                    threads.performOnMain([&, number] {
+                        EXPECT_EQ(std::this_thread::get_id(), mainThread);
+                        numbers += std::to_string(number) + ' ';
+                        if (received == std::vector(4, expected)) {
+                            program.application.terminate();
                         }
                     });
                 }
             });
         }
     };
-    EXPECT_EQ(run(), 0);
-    EXPECT_EQ(order, "|abc");
-    EXPECT_TRUE(isOrdered);
-    EXPECT_EQ(received, 4 * count);
+    EXPECT_EQ(program.run(), 0) << received.front();
+    EXPECT_EQ(program.calls, "launched first later asked ");
 }
 
 // Notes on which threads the last reference goes.
@@ -177,49 +149,47 @@ struct Witness {
 };
 
 TEST_F(Threads, whatAStepHoldsGoesOnTheMainThread) {
-    constexpr int count = 2000;
     std::atomic<int> elsewhere = 0;
-    delegate.launched = [&] {
+    program.launched = [&] {
         auto witnesses = std::make_shared<std::vector<std::shared_ptr<Witness>>>();
-        for (int number = 0; number < count; ++number) {
+        for (int number = 0; number < 2000; ++number) {
             witnesses->push_back(std::make_shared<Witness>(elsewhere));
         }
         threads.performInBackground([&, witnesses] {
             for (std::shared_ptr<Witness>& witness : *witnesses) {
                 threads.performOnMain([witness = std::move(witness)] {});
             }
-            threads.performOnMain([&] { application.terminate(); });
+            threads.performOnMain([&] { program.application.terminate(); });
         });
     };
-    EXPECT_EQ(run(), 0);
+    EXPECT_EQ(program.run(), 0);
     EXPECT_EQ(elsewhere, 0);
 }
 
 TEST_F(Threads, noStepRunsAfterTheEnd) {
-    std::string order;
-    delegate.launched = [&] {
+    program.launched = [&] {
         threads.performOnMain([&] {
-            order += "last";
+            program.calls += "last";
             QCoreApplication::exit(0);
         });
-        threads.performOnMain([&] { order += " too late"; });
+        threads.performOnMain([&] { program.calls += " too late"; });
     };
-    EXPECT_EQ(run(), 0);
-    EXPECT_EQ(order, "last");
+    EXPECT_EQ(program.run(), 0);
+    EXPECT_EQ(program.calls, "launched last");
 }
 
 TEST_F(Threads, backgroundStepsHaveThreadsAndLoopsOfTheirOwn) {
     std::string order;
-    delegate.launched = [&] {
+    program.launched = [&] {
         threads.performInBackground([&] {
             const auto loop = threads.makeRunLoop();
             threads.performInBackground([&, loop] { loop->post([&order] { order += "event "; }); });
             EXPECT_TRUE(loop->runOnce(std::chrono::seconds(20)));
             EXPECT_FALSE(loop->runOnce(std::chrono::milliseconds(1)));
-            threads.performOnMain([&] { application.terminate(); });
+            threads.performOnMain([&] { program.application.terminate(); });
         });
     };
-    EXPECT_EQ(run(), 0);
+    EXPECT_EQ(program.run(), 0);
     EXPECT_EQ(order, "event ");
 }
 
