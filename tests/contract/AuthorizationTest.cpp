@@ -23,48 +23,28 @@ using platform::LinuxAuthorization;
 using tests::TestEnvironment;
 using tests::TestFolder;
 
-TEST(Elevation, isChosenByWhatIsThere) {
-    const ElevationFacts all{.isRoot = false,
-                             .hasPkexec = true,
-                             .hasSystemBus = true,
-                             .hasDisplay = true,
-                             .hasTerminal = true,
-                             .hasSudo = true,
-                             .hasAskpass = true};
-    const auto chosen = [&all](void (*change)(ElevationFacts&)) {
-        ElevationFacts facts = all;
-        change(facts);
-        return platform::chooseElevation(facts);
+TEST(Elevation, isChosenByWhatIsThereAndEndsTheHelpersOptions) {
+    const ElevationFacts onDesktop{.hasPkexec = true, .hasSystemBus = true, .hasDisplay = true, .hasSudo = true};
+    const ElevationFacts onTerminal{.hasPkexec = true, .hasSystemBus = true, .hasTerminal = true, .hasSudo = true};
+    const ElevationFacts askpass{.hasTerminal = true, .hasSudo = true, .hasAskpass = true};
+    const std::pair<ElevationFacts, const char*> rows[] = {
+        {{.isRoot = true, .hasPkexec = true, .hasSystemBus = true, .hasDisplay = true}, "/bin/rm|-rf|--|/x y"},
+        {onDesktop, "/usr/bin/pkexec|/bin/rm|-rf|--|/x y"},
+        {onTerminal, "/usr/bin/pkexec|/bin/rm|-rf|--|/x y"},
+        {{.hasPkexec = true, .hasSystemBus = true, .hasSudo = true}, "/usr/bin/sudo|-n|--|/bin/rm|-rf|--|/x y"},
+        {{.hasPkexec = true, .hasTerminal = true, .hasSudo = true}, "/usr/bin/sudo|--|/bin/rm|-rf|--|/x y"},
+        {askpass, "/usr/bin/sudo|-A|--|/bin/rm|-rf|--|/x y"},
+        {{.hasPkexec = true, .hasDisplay = true, .hasAskpass = true}, ""},
     };
-    EXPECT_EQ(chosen([](ElevationFacts& f) { f.isRoot = true; }), Elevation::Direct);
-    EXPECT_EQ(platform::chooseElevation({.isRoot = true}), Elevation::Direct);
-    EXPECT_EQ(chosen([](ElevationFacts&) {}), Elevation::Pkexec);
-    EXPECT_EQ(chosen([](ElevationFacts& f) { f.hasDisplay = false; }), Elevation::Pkexec);
-    EXPECT_EQ(chosen([](ElevationFacts& f) { f.hasTerminal = false; }), Elevation::Pkexec);
-    EXPECT_EQ(chosen([](ElevationFacts& f) { f.hasDisplay = f.hasTerminal = false; }), Elevation::SudoAskpass);
-    EXPECT_EQ(chosen([](ElevationFacts& f) { f.hasPkexec = false; }), Elevation::SudoAskpass);
-    EXPECT_EQ(chosen([](ElevationFacts& f) { f.hasSystemBus = false; }), Elevation::SudoAskpass);
-    EXPECT_EQ(chosen([](ElevationFacts& f) { f.hasPkexec = f.hasAskpass = false; }), Elevation::SudoTerminal);
-    EXPECT_EQ(chosen([](ElevationFacts& f) { f.hasPkexec = f.hasAskpass = f.hasTerminal = false; }),
-              Elevation::SudoWithoutAsk);
-    EXPECT_EQ(chosen([](ElevationFacts& f) { f.hasPkexec = f.hasSudo = false; }), Elevation::None);
-    EXPECT_EQ(platform::chooseElevation({}), Elevation::None);
-}
-
-TEST(Elevation, commandsEndTheHelpersOptions) {
-    const auto words = [](Elevation elevation) {
+    for (std::size_t row = 0; row < std::size(rows); ++row) {
+        const Elevation elevation = platform::chooseElevation(rows[row].first);
         const auto command = platform::elevatedCommand(elevation, "/bin/rm", {"-rf", "--", "/x y"});
         std::string line = command.path;
         for (const std::string& word : command.arguments) {
             line += '|' + word;
         }
-        return line;
-    };
-    EXPECT_EQ(words(Elevation::Direct), "/bin/rm|-rf|--|/x y");
-    EXPECT_EQ(words(Elevation::Pkexec), "/usr/bin/pkexec|/bin/rm|-rf|--|/x y");
-    EXPECT_EQ(words(Elevation::SudoAskpass), "/usr/bin/sudo|-A|--|/bin/rm|-rf|--|/x y");
-    EXPECT_EQ(words(Elevation::SudoTerminal), "/usr/bin/sudo|--|/bin/rm|-rf|--|/x y");
-    EXPECT_EQ(words(Elevation::SudoWithoutAsk), "/usr/bin/sudo|-n|--|/bin/rm|-rf|--|/x y");
+        EXPECT_EQ(line, rows[row].second) << "row " << row;
+    }
 }
 
 TEST(Elevation, environmentHoldsNothingThatChangesTools) {
@@ -73,17 +53,13 @@ TEST(Elevation, environmentHoldsNothingThatChangesTools) {
         {"DISPLAY", ":5"},       {"SUDO_ASKPASS", "/ask"}, {"XAUTHORITY", std::nullopt},
         {"WAYLAND_DISPLAY", ""}, {"HOME", "/home/zoe"},    {"XDG_RUNTIME_DIR", "/run/x"},
         {"TERM", "vt100"},       {"LC_ALL", "fr_FR"},      {"DBUS_SESSION_BUS_ADDRESS", "bus"}};
-    const std::vector<std::string> fixed{"PATH=/usr/sbin:/usr/bin:/sbin:/bin", "LC_ALL=C"};
-    EXPECT_EQ(platform::elevatedEnvironment(Elevation::Direct), fixed);
-    const std::vector<std::string> asking{fixed[0],
-                                          fixed[1],
-                                          "DISPLAY=:5",
-                                          "XDG_RUNTIME_DIR=/run/x",
-                                          "DBUS_SESSION_BUS_ADDRESS=bus",
-                                          "SUDO_ASKPASS=/ask",
-                                          "TERM=vt100",
-                                          "HOME=/home/zoe"};
-    EXPECT_EQ(platform::elevatedEnvironment(Elevation::Pkexec), asking);
+    std::vector<std::string> expected{"PATH=/usr/sbin:/usr/bin:/sbin:/bin", "LC_ALL=C"};
+    EXPECT_EQ(platform::elevatedEnvironment(Elevation::Direct), expected);
+    for (const char* asking : {"DISPLAY=:5", "XDG_RUNTIME_DIR=/run/x", "DBUS_SESSION_BUS_ADDRESS=bus",
+                               "SUDO_ASKPASS=/ask", "TERM=vt100", "HOME=/home/zoe"}) {
+        expected.emplace_back(asking);
+    }
+    EXPECT_EQ(platform::elevatedEnvironment(Elevation::Pkexec), expected);
 }
 
 // Runs tools for real, which asks nobody only as root.
@@ -154,16 +130,6 @@ TEST_F(Privileges, toolsInheritNothing) {
     EXPECT_NE(folder.read("status").find("\nSigBlk:\t0000000000000000\n"), std::string::npos);
     const std::string ignored = folder.read("status").substr(folder.read("status").find("SigIgn:\t") + 8, 16);
     EXPECT_EQ(std::stoull(ignored, nullptr, 16) & (1ULL << (SIGPIPE - 1)), 0U);
-}
-
-TEST_F(Privileges, chownIsFoundWhereTheSystemKeepsIt) {
-    const std::string file = folder.write("file", "");
-    ASSERT_TRUE(execute("/usr/sbin/chown", {"-R", "12345:54321", file}));
-    EXPECT_EQ(authorization.wait(), 0);
-    struct stat status {};
-    ASSERT_EQ(::stat(file.c_str(), &status), 0);
-    EXPECT_EQ(status.st_uid, 12345U);
-    EXPECT_EQ(status.st_gid, 54321U);
 }
 
 TEST_F(Privileges, childrenOfOtherThreadsAreTheirOwn) {
