@@ -14,48 +14,35 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
+#include <cstdio>
+#include <cstring>
 #include <optional>
 #include <string>
 #include <thread>
 
-#include <fcntl.h>
-#include <spawn.h>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
 
 using platform::showInFileManager;
 
-constexpr const char* serviceName = "org.freedesktop.FileManager1";
-
 // A session bus of the test's own.
 class Bus {
 public:
     explicit Bus(const std::string& configuration) {
-        std::array<int, 2> pipe{};
-        EXPECT_EQ(::pipe2(pipe.data(), O_CLOEXEC), 0);
-        posix_spawn_file_actions_t actions;
-        ::posix_spawn_file_actions_init(&actions);
-        ::posix_spawn_file_actions_adddup2(&actions, pipe[1], STDOUT_FILENO);
-        ::posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-        std::array<std::string, 4> words{"dbus-daemon", "--nofork", "--print-address=1",
-                                         "--config-file=" + configuration};
-        std::array<char*, 5> arguments{words[0].data(), words[1].data(), words[2].data(), words[3].data(), nullptr};
-        EXPECT_EQ(::posix_spawn(&processId_, "/usr/bin/dbus-daemon", &actions, nullptr, arguments.data(), environ), 0);
-        ::posix_spawn_file_actions_destroy(&actions);
-        ::close(pipe[1]);
-        char byte = 0;
-        while (::read(pipe[0], &byte, 1) == 1 && byte != '\n') {
-            address_ += byte;
-        }
-        ::close(pipe[0]);
+        const std::string command =
+            "exec dbus-daemon --nofork --print-address=1 --print-pid=1 2> /dev/null --config-file=" + configuration;
+        output_ = ::popen(command.c_str(), "r");
+        std::array<char, 4096> line{};
+        EXPECT_NE(std::fgets(line.data(), line.size(), output_), nullptr);
+        address_ = std::string(line.data(), std::strcspn(line.data(), "\n"));
+        EXPECT_EQ(std::fscanf(output_, "%d", &processId_), 1);
     }
     ~Bus() {
         ::kill(processId_, SIGKILL);
-        ::waitpid(processId_, nullptr, 0);
+        ::pclose(output_);
     }
     Bus(const Bus&) = delete;
     Bus& operator=(const Bus&) = delete;
@@ -63,7 +50,8 @@ public:
     const std::string& address() const { return address_; }
 
 private:
-    pid_t processId_ = -1;
+    FILE* output_ = nullptr;
+    pid_t processId_ = 0;
     std::string address_;
 };
 
@@ -110,7 +98,7 @@ TEST(FileManager, isAskedOverTheSessionBus) {
     FileManager manager;
     QDBusConnection connection = QDBusConnection::connectToBus(QString::fromStdString(bus.address()), "manager");
     ASSERT_TRUE(connection.registerVirtualObject("/org/freedesktop/FileManager1", &manager));
-    ASSERT_TRUE(connection.registerService(serviceName));
+    ASSERT_TRUE(connection.registerService("org.freedesktop.FileManager1"));
     EXPECT_TRUE(ask("file:///tmp/a%20b"));
     EXPECT_EQ(manager.shown, QStringList("file:///tmp/a%20b"));
     {
