@@ -14,7 +14,6 @@
 namespace {
 
 using platform::Alert;
-using platform::TerminateReply;
 
 class Scene : public platform::ApplicationDelegate {
 public:
@@ -30,20 +29,11 @@ public:
         const std::map<std::string, void (Scene::*)()> scenes{{"stages", &Scene::playStages},
                                                               {"progress", &Scene::playProgress},
                                                               {"alert", &Scene::playAlert},
-                                                              {"two alerts", &Scene::playTwoAlerts},
-                                                              {"signals", &Scene::playSignals}};
+                                                              {"two alerts", &Scene::playTwoAlerts}};
         (this->*scenes.at(name_))();
     }
 
-    TerminateReply applicationShouldTerminate() override {
-        if (name_ != "signals") {
-            return TerminateReply::Now;
-        }
-        interface_->alerts().beginSheet(question("Really?"), [this](int code) {
-            application_.replyToApplicationShouldTerminate(code != Alert::firstButtonReturn);
-        });
-        return TerminateReply::Later;
-    }
+    platform::TerminateReply applicationShouldTerminate() override { return platform::TerminateReply::Now; }
     bool applicationShouldTerminateAfterLastWindowClosed() override { return true; }
     void showHelp() override {}
 
@@ -104,8 +94,6 @@ private:
             });
         }
     }
-
-    void playSignals() { interface_->textIndicator().setStringValue("ready"); }
 
     void later(int milliseconds, std::function<void()> step) {
         QTimer::singleShot(milliseconds, &context_, std::move(step));
