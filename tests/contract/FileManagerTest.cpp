@@ -10,12 +10,10 @@
 #include <QDBusVirtualObject>
 #include <QStringList>
 
-#include <array>
 #include <atomic>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
-#include <cstring>
 #include <optional>
 #include <string>
 #include <thread>
@@ -28,31 +26,28 @@ namespace {
 
 using platform::showInFileManager;
 
-// A session bus of the test's own.
+// A session bus of the test's own, at the usual place in the folder.
 class Bus {
 public:
-    explicit Bus(const std::string& configuration) {
-        const std::string command =
-            "exec dbus-daemon --nofork --print-address=1 --print-pid=1 2> /dev/null --config-file=" + configuration;
-        output_ = ::popen(command.c_str(), "r");
-        std::array<char, 4096> line{};
-        EXPECT_NE(std::fgets(line.data(), line.size(), output_), nullptr);
-        address_ = std::string(line.data(), std::strcspn(line.data(), "\n"));
-        EXPECT_EQ(std::fscanf(output_, "%d", &processId_), 1);
+    explicit Bus(const tests::TestFolder& folder) : address_("unix:path=" + folder.path("bus")) {
+        const std::string configuration =
+            folder.write("bus.conf", "<busconfig><type>session</type><listen>" + address_ + "</listen>" +
+                                         R"(<policy context="default"><allow send_destination="*" eavesdrop="true"/>
+                            <allow eavesdrop="true"/><allow own="*"/></policy></busconfig>)");
+        const std::string command = "dbus-daemon --fork --print-pid=1 --config-file=" + configuration;
+        FILE* const output = ::popen(command.c_str(), "r");
+        EXPECT_EQ(std::fscanf(output, "%d", &processId_), 1);
+        ::pclose(output);
     }
-    ~Bus() {
-        ::kill(processId_, SIGKILL);
-        ::pclose(output_);
-    }
+    ~Bus() { ::kill(processId_, SIGKILL); }
     Bus(const Bus&) = delete;
     Bus& operator=(const Bus&) = delete;
 
     const std::string& address() const { return address_; }
 
 private:
-    FILE* output_ = nullptr;
+    const std::string address_;
     pid_t processId_ = 0;
-    std::string address_;
 };
 
 class FileManager : public QDBusVirtualObject {
@@ -88,10 +83,7 @@ TEST(FileManager, isAskedOverTheSessionBus) {
     if (::access("/usr/bin/dbus-daemon", X_OK) != 0) {
         GTEST_SKIP() << "needs dbus-daemon";
     }
-    const Bus bus(folder.write(
-        "bus.conf", "<busconfig><type>session</type><listen>unix:path=" + folder.path() +
-                        "/bus</listen><policy context=\"default\"><allow send_destination=\"*\" eavesdrop=\"true\"/>"
-                        "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>"));
+    const Bus bus(folder);
     const tests::TestEnvironment environment{{"DBUS_SESSION_BUS_ADDRESS", bus.address()}};
     EXPECT_FALSE(ask("file:///tmp/a")) << "without a file manager";
 

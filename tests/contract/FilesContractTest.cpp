@@ -83,6 +83,11 @@ TEST_F(FilesContract, NothingIsEverOverwritten) {
 
 TEST_F(FilesContract, ErrorsTellWhatWentWrong) {
     addTree("tree");
+    fs::create_directory_symlink("tree/folder", at("alias"));
+    for (const char* to : {"tree/new", "tree/folder/new", "alias/new"}) {
+        EXPECT_EQ(copy("tree", to), 512) << "into itself, " << to;
+        EXPECT_EQ(move("tree", to), 512) << "into itself, " << to;
+    }
     EXPECT_EQ(copy("missing", "new"), 260);
     EXPECT_EQ(copy("tree", "missing/new"), 4);
     EXPECT_EQ(copy("tree", "tree/file/below"), 512);
@@ -91,6 +96,7 @@ TEST_F(FilesContract, ErrorsTellWhatWentWrong) {
     EXPECT_EQ(remove("missing"), 4);
     EXPECT_EQ(create("tree/dangling"), 516);
     EXPECT_EQ(create("tree/file"), 516);
+    EXPECT_EQ(queries_.entriesBelow(at("tree")).size(), 6U);
     EXPECT_FALSE(fs::exists(at("new")) || fs::exists(at("missing")));
 
     std::optional<foundation::Error> error;

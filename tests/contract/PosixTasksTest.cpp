@@ -211,20 +211,19 @@ TEST_F(PosixTasks, LargeInputAndOutputPassAtTheSameTime) {
     EXPECT_EQ(outputOf({"flood", "10000000"}).size(), 10000000U);
 }
 
-TEST_F(PosixTasks, AnOutputThatIsClosedEarlyIsNotHeldBackByTheTool) {
-    RunningTask running = task({"print", "early", "closeOutput", "waitForEndOfInput"});
+TEST_F(PosixTasks, AToolMayCloseItsStreamsEarly) {
+    RunningTask running = task({"closeInput", "print", "early", "closeOutput", "waitForEndOfInput", "exit", "3"});
     ASSERT_TRUE(running.launch());
-    running.runUntil([&] { return !running.outputs.empty(); });
+    running.runToTheEnd();
     EXPECT_EQ(running.outputs, std::vector<std::string>{"early"});
-    EXPECT_TRUE(running.statuses.empty());
-    running.input().closeWriting();
-}
+    EXPECT_EQ(running.statuses, std::vector<int>{3});
+    EXPECT_FALSE(running.input().write("yes\n")) << "nobody reads it, which is an ordinary failure";
 
-TEST_F(PosixTasks, InputThatNobodyReadsIsAnOrdinaryFailure) {
-    RunningTask running = task({"closeInput", "print", "x"});
-    ASSERT_TRUE(running.launch());
-    running.runUntil([&] { return !running.outputs.empty(); });
-    EXPECT_FALSE(running.input().write("yes\n"));
+    RunningTask waiting = task({"closeOutput", "waitForEndOfInput"});
+    ASSERT_TRUE(waiting.launch());
+    waiting.runUntil([&] { return !waiting.outputs.empty(); });
+    EXPECT_TRUE(waiting.statuses.empty());
+    waiting.input().closeWriting();
 }
 
 // Neither the runner nor the services have to wait for a tool that keeps running.

@@ -21,14 +21,10 @@ protected:
 
     std::string messages(const std::string& url) { return download(url)->text; }
 
+    static std::string systemBundle() { return curl_version_info(CURLVERSION_NOW)->cainfo; }
+
     const TestCertificate certificate_{"IP:127.0.0.1"};
 };
-
-std::string systemBundle() {
-    std::ostringstream bytes;
-    bytes << std::ifstream(curl_version_info(CURLVERSION_NOW)->cainfo).rdbuf();
-    return bytes.str();
-}
 
 } // namespace
 
@@ -96,9 +92,10 @@ TEST_F(SecureTransfersTest, FurtherCertificatesComeOnTopOfTheSystems) {
     using platform::curl::trustedCertificates;
     EXPECT_EQ(trustedCertificates(), "");
     trust(certificate_);
-    EXPECT_EQ(trustedCertificates(), systemBundle() + "\n" + certificate_.pem());
-    for (const auto& other : {folder_.path(), folder_.path("absent"),
-                              std::string(curl_version_info(CURLVERSION_NOW)->cainfo), std::string()}) {
+    std::ostringstream systems;
+    systems << std::ifstream(systemBundle()).rdbuf();
+    EXPECT_EQ(trustedCertificates(), systems.str() + "\n" + certificate_.pem());
+    for (const auto& other : {folder_.path(), folder_.path("absent"), systemBundle(), std::string()}) {
         ::setenv("SSL_CERT_FILE", other.c_str(), 1);
         EXPECT_EQ(trustedCertificates(), "") << other;
     }

@@ -1,32 +1,18 @@
 #include "tests/contract/TransfersTest.h"
 
-#include <algorithm>
 #include <chrono>
+#include <set>
 
 namespace tests {
-
-void MainQueue::performOnMain(std::function<void()> step) {
-    const std::lock_guard lock(mutex_);
-    steps_.push_back(std::move(step));
-    added_.notify_all();
-}
 
 void MainQueue::performInBackground(std::function<void()> /*step*/) {
     ADD_FAILURE() << "transfers have a thread of their own";
 }
 
 bool MainQueue::runUntil(const std::function<bool()>& condition) {
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    std::unique_lock lock(mutex_);
     while (!condition()) {
-        if (!added_.wait_until(lock, limit, [this] { return !steps_.empty(); }))
+        if (!loop_.runOnce(std::chrono::seconds(60)))
             return false;
-        auto step = std::move(steps_.front());
-        steps_.pop_front();
-        lock.unlock();
-        step();
-        step = nullptr;
-        lock.lock();
     }
     return true;
 }
@@ -101,10 +87,9 @@ std::optional<std::string> TransfersTest::fetch(const std::string& url) {
 }
 
 std::string TransfersTest::filesInFolder() const {
-    std::vector<std::string> names;
+    std::set<std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator(folder_.path()))
-        names.push_back(entry.path().filename());
-    std::ranges::sort(names);
+        names.insert(entry.path().filename());
     std::string text;
     for (const auto& name : names)
         text += name + ' ';

@@ -1,15 +1,13 @@
 #pragma once
 
 #include "platform/curl/CurlTransfers.h"
+#include "platform/posix/PosixRunLoop.h"
 #include "tests/contract/TestFolder.h"
 #include "tests/support/LoopbackServer.h"
 
-#include <condition_variable>
-#include <deque>
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -18,7 +16,7 @@ namespace tests {
 // A main thread that runs what it was handed only when a test says so.
 class MainQueue final : public platform::Threads {
 public:
-    void performOnMain(std::function<void()> step) override;
+    void performOnMain(std::function<void()> step) override { loop_.post(std::move(step)); }
     void performInBackground(std::function<void()> step) override;
     std::shared_ptr<platform::RunLoop> makeRunLoop() override { return nullptr; }
 
@@ -26,9 +24,7 @@ public:
     bool runUntil(const std::function<bool()>& condition);
 
 private:
-    std::mutex mutex_;
-    std::condition_variable added_;
-    std::deque<std::function<void()>> steps_;
+    platform::PosixRunLoop loop_;
 };
 
 // Notes the messages of a transfer: "response <length>" of a download, "response" of a request, "data" (once for
