@@ -3,22 +3,20 @@ from __future__ import annotations
 
 import os
 import subprocess
-import sys
 import tempfile
 import unittest
 from pathlib import Path
 from typing import Dict, List, Optional
 
-REPOSITORY = Path(__file__).resolve().parents[2]
-sys.path.insert(0, str(REPOSITORY / "tools"))
+from tests.tools import TOOLS
 
-from diskimage.build import make_image  # noqa: E402
-from sample_product import make_sample_product  # noqa: E402
-from services import LocalServices  # noqa: E402
-from trial import Trial  # noqa: E402
-from virtual_display import VirtualDisplay  # noqa: E402
+from diskimage.build import make_image
+from sample_product import make_sample_product
+from services import LocalServices
+from trial import Trial
+from virtual_display import VirtualDisplay
 
-BUNDLE = Path(os.environ.get("TOLVIX_BUNDLE", REPOSITORY / "build" / "release" / "Tolvix Installer.app"))
+BUNDLE = Path(os.environ.get("TOLVIX_BUNDLE", TOOLS.parent / "build" / "release" / "Tolvix Installer.app"))
 IDENTIFIER = "example.tolvix.desktop"
 STARTED = ["23.01", "23.11"]
 CHECKED = [*STARTED, "23.12", "23.21"]
@@ -37,20 +35,6 @@ def sample_image(**options) -> bytes:
             make_image(str(Path(folder, "volume")), str(Path(folder, "image.dmg")), "Tolvix", time=1_700_000_000)
             _images[key] = Path(folder, "image.dmg").read_bytes()
     return _images[key]
-
-
-def tree(folder: Path) -> Dict[str, object]:
-    """Everything below the folder: links by target, files by mode and bytes, folders by name."""
-    found: Dict[str, object] = {}
-    for path in sorted(folder.rglob("*")):
-        name = str(path.relative_to(folder))
-        if path.is_symlink():
-            found[name] = ("link", os.readlink(path))
-        elif path.is_dir():
-            found[name] = "folder"
-        else:
-            found[name] = (path.stat().st_mode & 0o777, path.read_bytes())
-    return found
 
 
 class InstallerCase(unittest.TestCase):

@@ -2,11 +2,10 @@ import os
 import subprocess
 import tempfile
 import unittest
-import zipfile
 from pathlib import Path
 
 from tests.tools import TOOLS
-from tests.tools.trees import needs_seven_zip, read, tree, unpack
+from tests.tools.trees import decomposed, needs_seven_zip, read, tree, unpack
 
 from diskimage import damage
 from diskimage.build import make_image
@@ -41,7 +40,7 @@ class ImageTest(unittest.TestCase):
         self.assertEqual(types, ["Type = Dmg", "Type = HFS"])
         volume, = os.listdir(out)
         # 7zz puts its output folder before absolute targets.
-        return volume, tree(os.path.join(out, volume), link_prefix=os.path.realpath(out))
+        return volume, decomposed(tree(os.path.join(out, volume), link_prefix=os.path.realpath(out)))
 
 
 @needs_seven_zip
@@ -60,7 +59,7 @@ class RoundTrip(ImageTest):
                         {"compression": "none", "layout": "disk"}, {"level": 0}):
             with self.subTest(**options):
                 self.make(**options)
-                self.assertEqual(self.unpacked(), ("Tolvix", tree(self.source)))
+                self.assertEqual(self.unpacked(), ("Tolvix", decomposed(tree(self.source))))
 
     def test_thousands_of_files_need_index_levels(self):
         for number in range(6000):
@@ -68,38 +67,11 @@ class RoundTrip(ImageTest):
             folder.mkdir(exist_ok=True)
             (folder / f"{number} {'long name ' * (number % 20)}").write_bytes(b"%d" % number)
         self.make()
-        self.assertEqual(self.unpacked(), ("Tolvix", tree(self.source)))
+        self.assertEqual(self.unpacked(), ("Tolvix", decomposed(tree(self.source))))
 
     def test_empty_folder_makes_an_empty_volume(self):
         self.make(name="caf\u00e9: 5")
         self.assertEqual(self.unpacked(), ("cafe\u0301_ 5", {}))
-
-    def test_damage_is_noticed_by_a_reader(self):
-        # Eight letters at random compress to three bits each: several chunks, all of them packed.
-        (self.source / "letters").write_bytes(os.urandom(4 * CHUNK_SIZE).translate(bytes(b"abcdefgh" * 32)))
-        self.make()
-        last_chunk = len(damage.stored_chunks(self.image)) - 1
-        cases = (
-            (damage.with_trailer, {"signature": b"none"}), (damage.with_trailer, {"list_offset": 1 << 50}),
-            (damage.cut, {"size": -SECTOR_SIZE}), (damage.cut, {"size": CHUNK_SIZE}), (damage.encrypted, {}),
-            (damage.with_damaged_chunk, {"number": 0}), (damage.with_damaged_chunk, {"number": last_chunk}))
-        for number, (make_bad, arguments) in enumerate(cases):
-            with self.subTest(make_bad.__name__, **arguments):
-                bad = str(self.scratch / f"bad {number}.dmg")
-                make_bad(self.image, bad, **arguments)
-                self.assertEqual(unpack(bad, str(self.scratch / f"out {number}"))[0], 2)
-        self.unpacked()
-
-    def test_images_without_one_volume(self):
-        (self.source / "file").write_bytes(b"data")
-        archive = self.scratch / "archive.zip"
-        with zipfile.ZipFile(archive, "w") as file:
-            file.writestr("inside", "data")
-        zipped, two = str(self.scratch / "zip.dmg"), str(self.scratch / "two.dmg")
-        damage.holding(archive.read_bytes(), zipped)
-        damage.with_two_volumes(str(self.source), str(self.source), two)
-        self.assertIn("Type = zip", unpack(zipped, str(self.scratch / "zip"))[1])
-        self.assertEqual(unpack(two, str(self.scratch / "two"))[0], 2)
 
 
 class Making(ImageTest):
@@ -116,25 +88,16 @@ class Making(ImageTest):
 
     def test_refusals_leave_everything_as_it_was(self):
         (self.source / "file").write_bytes(b"data")
-        taken = self.scratch / "taken"
-        taken.mkdir()
-        link = self.scratch / "link.dmg"
-        link.symlink_to(self.source / "file")
-        pipe = self.scratch / "pipe"
-        (pipe / "sub").mkdir(parents=True)
+        (self.scratch / "link.dmg").symlink_to(self.source / "file")
+        pipe, twins, bytes_name = (self.scratch / name for name in ("pipe", "twins", "bytes"))
+        for folder in (pipe / "sub", twins, bytes_name):
+            folder.mkdir(parents=True)
         os.mkfifo(pipe / "sub" / "pipe")
-        twins = self.scratch / "twins"
-        twins.mkdir()
         for name in ("\u00e9", "e\u0301"):
             (twins / name).touch()
-        bytes_name = self.scratch / "bytes"
-        bytes_name.mkdir()
-        with open(os.path.join(os.fsencode(bytes_name), b"\xff"), "wb"):
-            pass
+        Path(os.fsdecode(os.fsencode(bytes_name) + b"/\xff")).touch()
         cases = (
-            ("not a folder", self.scratch / "nothing", "out.dmg", {}),
             ("not a folder", self.source / "file", "out.dmg", {}),
-            ("not a regular file", self.source, "taken", {}),
             ("not a regular file", self.source, "link.dmg", {}),
             ("lies inside", self.source, "source/out.dmg", {}),
             ("cannot write", self.source, "missing/out.dmg", {}),
@@ -143,16 +106,13 @@ class Making(ImageTest):
             ("not valid UTF-8", bytes_name, "out.dmg", {}),
             ("not a name", self.source, "out.dmg", {"name": ".."}),
             ("too long", self.source, "out.dmg", {"name": "\u01d5" * 90}),
-            ("0 to 9", self.source, "out.dmg", {"level": 10}),
-            ("no level", self.source, "out.dmg", {"compression": "none", "level": 1}),
             ("cannot hold the time", self.source, "out.dmg", {"time": 1 << 33}))
-        before = sorted(self.scratch.rglob("*"))
+        before = tree(self.scratch)
         for message, folder, out, options in cases:
-            with self.subTest(message, out=out):
+            with self.subTest(message):
                 with self.assertRaisesRegex(ImageError, message):
-                    make_image(str(folder), str(self.scratch / out), **options)
-                self.assertEqual(sorted(self.scratch.rglob("*")), before)
-        self.assertEqual(read(self.source / "file"), b"data")
+                    make_image(str(folder), str(self.scratch / out), **{"name": "Tolvix", **options})
+                self.assertEqual(tree(self.scratch), before)
 
     def test_file_that_changes_under_way_makes_no_image(self):
         for change in (lambda file: file.write_bytes(b"x"), lambda file: os.utime(file, (1, 1)), Path.unlink):

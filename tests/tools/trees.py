@@ -1,5 +1,4 @@
 """What a folder holds, in a form that can be compared, and unpacking an image."""
-import hashlib
 import os
 import shutil
 import subprocess
@@ -11,10 +10,7 @@ needs_seven_zip = unittest.skipUnless(SEVEN_ZIP, "7zz is not installed")
 
 
 def tree(folder, link_prefix=""):
-    """Path, decomposed as on a volume, to mode, time and content of every entry.
-
-    `link_prefix` is taken off the targets of links.
-    """
+    """Path to mode, time and content of every entry. `link_prefix` is taken off the targets of links."""
     found = {}
     for place, folders, files in os.walk(folder):
         for name in folders + files:
@@ -25,10 +21,18 @@ def tree(folder, link_prefix=""):
                 mode, content = "link", target[len(link_prefix):] if target.startswith(link_prefix) else target
             else:
                 mode = oct(status.st_mode)
-                content = "" if os.path.isdir(path) else hashlib.sha256(read(path)).hexdigest()
-            key = unicodedata.normalize("NFD", os.path.relpath(path, folder))
-            found[key] = (mode, int(status.st_mtime), content)
+                content = read(path) if os.path.isfile(path) else b""
+            found[os.path.relpath(path, folder)] = (mode, int(status.st_mtime), content)
     return found
+
+
+def decomposed(found):
+    """The tree with its names as they are on a volume."""
+    return {unicodedata.normalize("NFD", name): entry for name, entry in found.items()}
+
+
+def without_times(found):
+    return {name: (mode, content) for name, (mode, _, content) in found.items()}
 
 
 def read(path):
