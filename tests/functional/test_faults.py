@@ -1,10 +1,12 @@
 """Runs that fail: each ends in its stage's failure, with its code, console line and alert, and leaves nothing behind."""
 import os
-import unittest
 from pathlib import Path
 
 from tests.functional.installer_case import (CHECKED, DOWNLOADED, IDENTIFIER, STARTED, InstallerCase, make_image,
                                              make_sample_product, sample_image)
+from tests.tools.trees import tree
+
+from services import Faults
 
 CHECK_TITLE = "The latest version of Tolvix couldn’t be found"
 DOWNLOAD_TITLE = "Tolvix couldn’t be downloaded"
@@ -27,7 +29,6 @@ class CheckFailures(InstallerCase):
         for body, console in rows.items():
             with self.subTest(body):
                 self.services.binaries.body = body
-                self.expect_check_failure("Check did fail with error: .*|" + console)
                 self.expect_check_failure(console)
 
     def test_service_that_is_down_or_not_to_be_trusted(self):
@@ -56,18 +57,11 @@ class DownloadFailures(InstallerCase):
         self.assertFalse(self.trial.application.exists())
 
     def test_faults_of_the_transfer(self):
-        rows = {"missing": ("status", 404), "server error": ("status", 500), "cut": ("cut_after", 1000),
-                "announced too much": ("announce", 100), "too many redirects": ("redirects", 25),
-                "redirect out of TLS": ("redirect_to", "http"), "wrong host": ("certificate", "wrong-host")}
-        for name, (fault, value) in rows.items():
-            with self.subTest(name):
-                faults = self.services.image.faults
-                original = getattr(faults, fault)
-                faults.redirects = 1 if fault == "redirect_to" else 0
-                setattr(faults, fault, value)
+        for faults in ({"status": 404}, {"cut_after": 1000}, {"announce": 100}, {"redirects": 25},
+                       {"redirects": 1, "redirect_to": "http"}, {"certificate": "wrong-host"}):
+            with self.subTest(**faults):
+                self.services.image.faults = Faults(**faults)
                 self.expect_download_failure()
-                setattr(faults, fault, original)
-                faults.redirects = 0
 
     def test_names_that_lead_elsewhere_write_nothing(self):
         witness = self.trial.temporary.parent / "Tolvix.dmg"
@@ -92,12 +86,6 @@ class DownloadFailures(InstallerCase):
         self.use_small_disk("64k")
         self.expect_download_failure("Download did fail with error: .*Code=-3003")
 
-    def test_unknown_length_still_installs(self):
-        for framing in ("chunked", "close"):
-            with self.subTest(framing):
-                self.services.image.faults.framing = framing
-                self.expect_run([*DOWNLOADED, "23.32"], "--auto-start", "NO")
-
 
 class InstallFailures(InstallerCase):
     steps = [*DOWNLOADED, "23.33", "23.43"]
@@ -107,14 +95,14 @@ class InstallFailures(InstallerCase):
         self.assertIn(INSTALL_TITLE, run.stdout)
 
     def test_images_that_cannot_be_attached(self):
+        self.trial.run("--auto-start", "NO")
+        before = tree(self.trial.application)
         image = sample_image()
-        rows = {"text": b"no image at all", "empty": b"", "half": image[:len(image) // 2],
-                "no trailer": image[:-512], "encrypted": b"encrcdsa" + image[8:]}
-        for name, content in rows.items():
-            with self.subTest(name):
+        for content in (b"no image at all", b"", image[:-512]):
+            with self.subTest(len(content)):
                 self.image.write_bytes(content)
                 self.expect_install_failure(r"Install did fail with error: \(null\)")
-                self.assertFalse(self.trial.application.exists())
+                self.assertEqual(tree(self.trial.application), before)
 
     def test_full_disk(self):
         self.use_small_disk("64k")
@@ -125,13 +113,6 @@ class InstallFailures(InstallerCase):
         (volume / "Other.app").mkdir(parents=True)
         make_image(str(volume), str(self.image), "Tolvix")
         self.expect_install_failure(r"Code=4002 \"Couldn't find file at path: .*/Tolvix.app\"")
-
-    def test_old_product_stays_when_the_image_is_bad(self):
-        self.trial.run("--auto-start", "NO")
-        before = sorted(path.name for path in self.trial.application.rglob("*"))
-        self.image.write_bytes(b"no image at all")
-        self.expect_install_failure(r"with error: \(null\)")
-        self.assertEqual(sorted(path.name for path in self.trial.application.rglob("*")), before)
 
     def test_missing_disk_image_tool(self):
         os.remove(self.trial.installer / "Contents" / "Helpers" / "hdiutil")
@@ -154,7 +135,3 @@ class InstallFailures(InstallerCase):
                               console="Launch did fail with error: .*Couldn't open application at path")
         self.assertNotIn("[1]", run.stdout)
         self.assertTrue(Path(self.trial.application).is_dir())
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -11,16 +11,19 @@ import unittest
 from pathlib import Path
 
 import tests.tools  # noqa: F401, puts the tools on the path
-from tests.tools.trees import tree, without_times
+from tests.tools.trees import decomposed, tree
 
 from diskimage import damage
 from diskimage.build import make_image
 from diskimage.hfs_volume import Volume
 from diskimage.tree import scan
+from diskimage.udif import CHUNK_SECTORS, SECTOR_SIZE
 from sample_product import make_sample_product
 
 FLAGS = ("-noverify", "-nobrowse", "-noautoopen")
 MARK = 0o1555
+PRIVATE = "\0\0\0\0HFS+ Private Data".encode("utf-16-be")
+CHUNK_SIZE = CHUNK_SECTORS * SECTOR_SIZE
 # Long enough for a loaded machine; only a helper that hangs comes near it.
 LIMIT = 60
 
@@ -89,17 +92,13 @@ class HelperTest(unittest.TestCase):
         self.assert_refused(self.attach(image, **options), reason)
         self.assertEqual((os.listdir(self.mount), mode_of(self.mount)), ([], before))
 
-    def use_fake_7zip(self, extract, version="25.01"):
-        """From now on the helper is a copy that finds this 7-Zip beside itself."""
-        tool = self.write_fake_7zip("helpers", extract, version)
-        self.helper = shutil.copy(os.environ["TOLVIX_HDIUTIL"], tool.parent)
-
-    def write_fake_7zip(self, folder, extract, version):
+    def use_fake_7zip(self, extract, version="25.01", folder="helpers"):
+        """From now on the helper is a copy beside this 7-Zip."""
         tool = self.folder / folder / "7zz"
         tool.parent.mkdir(exist_ok=True)
         tool.write_text(FAKE_7ZIP.format(version=version, extract=extract))
         tool.chmod(0o755)
-        return tool
+        self.helper = shutil.copy(os.environ["TOLVIX_HDIUTIL"], tool.parent)
 
     def in_namespace(self, script, *words, **options):
         """Runs a shell script that may mount; skips the test where nobody lets it."""
@@ -126,10 +125,14 @@ class AttachTest(HelperTest):
                                          "caf\u00e9")):
             (folder / f"link{number}").symlink_to(target)
         (folder / "self").symlink_to("self")
+        # More than one chunk, with text, noise and zeros.
+        (folder / "large").write_bytes(b"text " * CHUNK_SIZE + os.urandom(CHUNK_SIZE) + bytes(3 * CHUNK_SIZE) + b"!")
+        (folder / "caf\u00e9 \u1e9b\u0323 \uac00").write_bytes(b"composed")
+        os.utime(folder / "large", (1, 1))
 
     def test_everything_on_a_volume_comes_out_as_it_went_in(self):
         self.make_traits()
-        expected = tree(self.content())
+        expected = decomposed(tree(self.content()))
         for layout, compression in (("volume", "zlib"), ("disk", "zlib"), ("volume", "bzip2"), ("disk", "xz"),
                                     ("volume", "none")):
             with self.subTest(layout=layout, compression=compression):
@@ -145,10 +148,13 @@ class AttachTest(HelperTest):
                 self.assertFalse(self.mount.exists())
                 self.mount.mkdir()
 
-    def test_a_plain_volume_and_an_empty_one_can_be_attached(self):
-        write_plain_volume(self.content(), self.folder / "plain.dmg")
-        self.assertEqual(self.attach(self.folder / "plain.dmg").returncode, 0)
-        self.assertEqual((os.listdir(self.mount), mode_of(self.mount)), ([], MARK))
+    def test_thousands_of_files_come_out_although_they_need_index_levels(self):
+        for number in range(6000):
+            folder = self.content() / f"folder {number % 23}"
+            folder.mkdir(exist_ok=True)
+            (folder / f"{number} {'long name ' * (number % 20)}").write_bytes(b"%d" % number)
+        self.assertEqual(self.attach(self.image()).returncode, 0)
+        self.assertEqual(tree(self.mount), tree(self.content()))
 
     def test_names_on_the_command_line_are_taken_as_they_are(self):
         self.image("-*?[a] @list\n.dmg")
@@ -159,9 +165,8 @@ class AttachTest(HelperTest):
             self.assertEqual((result.returncode, os.listdir(self.folder / place)), (0, ["file"]))
 
     def test_what_7zip_cannot_read_right_is_refused(self):
-        private = "\0\0\0\0HFS+ Private Data"
         (self.content() / "private" / "iNode17").mkdir(parents=True)
-        write_plain_volume(self.content(), self.folder / "hard.dmg", {"private": private.encode("utf-16-be")})
+        write_plain_volume(self.content(), self.folder / "hard.dmg", {"private": PRIVATE})
         self.assert_attach_refused(self.folder / "hard.dmg", "hard links")
         shutil.rmtree(self.content())
 
@@ -171,14 +176,13 @@ class AttachTest(HelperTest):
             self.assert_attach_refused(self.image(f"{name}.dmg"), reason)
             (self.content() / name).unlink()
 
-    def test_the_bookkeeping_of_the_volume_stays_out(self):
-        for name in (".journal", ".journal_info_block", "file"):
+    def test_the_bookkeeping_of_a_plain_volume_stays_out(self):
+        for name in (".journal", ".journal_info_block"):
             (self.content() / name).write_bytes(b"x")
         (self.content() / "private" / "temp3").mkdir(parents=True)
-        write_plain_volume(self.content(), self.folder / "plain.dmg",
-                           {"private": "\0\0\0\0HFS+ Private Data".encode("utf-16-be")})
+        write_plain_volume(self.content(), self.folder / "plain.dmg", {"private": PRIVATE})
         self.assertEqual(self.attach(self.folder / "plain.dmg").returncode, 0)
-        self.assertEqual(os.listdir(self.mount), ["file"])
+        self.assertEqual((os.listdir(self.mount), mode_of(self.mount)), ([], MARK))
 
 
 class BadImageTest(HelperTest):
@@ -188,6 +192,9 @@ class BadImageTest(HelperTest):
         good = str(self.image("good.dmg"))
         last_chunk = len(damage.stored_chunks(good)) - 1
         rows = (
+            (os.mkfifo, "not a file"),
+            (os.mkdir, "not a file"),
+            (lambda bad: None, "No such file"),
             (lambda bad: damage.cut(good, bad, 0), "is empty"),
             (lambda bad: Path(bad).write_bytes(b"just a text\n"), "not a disk image"),
             (lambda bad: damage.cut(good, bad, -512), "not a disk image"),
@@ -204,12 +211,6 @@ class BadImageTest(HelperTest):
                 make_bad(str(self.folder / f"{number}.dmg"))
                 self.assert_attach_refused(self.folder / f"{number}.dmg", reason)
 
-    def test_what_is_no_file_is_refused_at_once(self):
-        os.mkfifo(self.folder / "pipe")
-        for name, reason in (("pipe", "not a file"), ("mount point", "not a file"), ("missing", "No such file")):
-            with self.subTest(name):
-                self.assert_attach_refused(self.folder / name, reason)
-
     def test_unusable_mount_points_are_left_alone(self):
         image = self.image()
         (self.mount / "mine").write_bytes(b"mine")
@@ -220,14 +221,6 @@ class BadImageTest(HelperTest):
             with self.subTest(name):
                 self.assert_refused(self.run_helper("attach", image, "-mountpoint", f"{self.folder}/{name}"))
         self.assertEqual(tree(self.folder), before)
-
-    def test_a_full_disk_leaves_an_empty_mount_point(self):
-        (self.content() / "zeros").write_bytes(bytes(4 << 20))
-        script = ('mount -t tmpfs -o size=1m none "$2"; mkdir "$2/mount"; '
-                  '"$0" attach "$1" -mountpoint "$2/mount" || { ls -A "$2/mount"; exit 3; }')
-        result = self.in_namespace(script, self.helper, self.image(), self.mount)
-        self.assertEqual((result.returncode, result.stdout), (3, b""), result.stderr)
-        self.assertIn(b"No space left", result.stderr)
 
 
 class SevenZipTest(HelperTest):
@@ -270,7 +263,8 @@ class SevenZipTest(HelperTest):
         image = self.image()
         script = ('for tool in /usr/bin/7zz /usr/bin/7z /usr/local/bin/7zz /usr/local/bin/7z; do '
                   'test ! -e $tool || mount --bind /dev/null $tool; done; "$0" attach "$1" -mountpoint "$2"')
-        self.write_fake_7zip("relative", "", "26.00")
+        self.use_fake_7zip("", "26.00", "relative")
+        self.helper = os.environ["TOLVIX_HDIUTIL"]
         for prepare, reason in ((lambda: None, r"could not find 7-Zip 25 or newer\n"),
                                 (lambda: self.use_fake_7zip("", "24.09"), r"25 or newer \(.*is version 24.09\)")):
             prepare()
@@ -390,7 +384,3 @@ class DetachTest(HelperTest):
         self.assertEqual(result.stdout.split(b"\n")[:2], [b"inner", b"1555"], result.stderr)
         self.assertTrue((self.content() / "mine").exists())
         self.assertFalse(self.mount.exists())
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -1,9 +1,5 @@
 """Whole runs that succeed: what is installed, started, reported and left behind."""
-import os
-import re
-import subprocess
 import time
-import unittest
 from pathlib import Path
 
 from tests.functional.installer_case import IDENTIFIER, INSTALLED, InstallerCase, make_sample_product, sample_image
@@ -36,17 +32,16 @@ class Installation(InstallerCase):
             time.sleep(0.02)
         return None
 
-    def test_product_is_not_started_when_auto_start_is_off(self):
+    def test_product_is_not_started_when_auto_start_is_off_and_no_process_stays(self):
         run = self.expect_run(INSTALLED, "--auto-start", "NO")
         self.assertNotIn("Launching", run.stderr)
-        self.assertEqual(self.trial.products(), [])
+        self.assertEqual([entry for entry in Path("/proc").glob("[0-9]*") if self.mentions_trial(entry)], [])
 
-    def test_started_product_outlives_the_installer_in_a_session_of_its_own(self):
-        self.trial.run()
-        self.assertTrue(self.wait_for_product())
-        product = self.trial.products()[0]
-        self.assertEqual(os.getsid(product), os.getpgid(product))
-        self.assertNotEqual(os.getsid(product), os.getsid(0))
+    def mentions_trial(self, entry):
+        try:
+            return bytes(self.trial.folder) in (entry / "cmdline").read_bytes()
+        except OSError:
+            return False
 
     def test_old_product_is_closed_and_replaced(self):
         self.trial.run()
@@ -97,19 +92,6 @@ class Installation(InstallerCase):
         steps = [*INSTALLED[:3], "23.51", *INSTALLED[3:]]
         self.expect_run(steps, "--auto-start", "NO")
 
-    def test_no_odd_process_state_is_left(self):
-        process = subprocess.Popen(self.trial.command("--auto-start", "NO"), env=self.trial.environment(),
-                                   stdin=subprocess.DEVNULL, stderr=subprocess.DEVNULL, stdout=subprocess.DEVNULL)
-        self.assertEqual(process.wait(60), 0)
-        mine = [entry for entry in Path("/proc").iterdir() if entry.name.isdigit() and self.mentions_trial(entry)]
-        self.assertEqual(mine, [])
-
-    def mentions_trial(self, entry):
-        try:
-            return re.search(re.escape(str(self.trial.folder)).encode(), (entry / "cmdline").read_bytes()) is not None
-        except OSError:
-            return False
-
 
 class ShippedImage(InstallerCase):
     installer_folder = "2001"
@@ -128,7 +110,3 @@ class ShippedImage(InstallerCase):
         self.trial.set_information(CFBundleVersion="2002")
         self.expect_run(INSTALLED, "--auto-start", "NO")
         self.assertEqual(len(self.services.binaries.requests), 1)
-
-
-if __name__ == "__main__":
-    unittest.main()

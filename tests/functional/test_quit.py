@@ -5,7 +5,6 @@ import select
 import signal
 import subprocess
 import time
-import unittest
 
 from tests.functional.installer_case import INSTALLED, InstallerCase
 
@@ -22,10 +21,10 @@ class Quitting(InstallerCase):
         self.services.image.faults.hang = False
         self.services.image.faults.bytes_per_second = 800
 
-    def start(self, **streams):
+    def start(self, step="23.21", **streams):
         process = subprocess.Popen(self.trial.command("--auto-start", "NO"), env=self.trial.environment(), **streams)
         self.addCleanup(process.kill)
-        self.assertTrue(self.services.log.wait_for_step("23.21", 30))
+        self.assertTrue(self.services.log.wait_for_step(step, 30))
         return process
 
     def start_on_terminal(self):
@@ -52,7 +51,7 @@ class Quitting(InstallerCase):
         os.write(terminal, line)
 
     def test_quits_without_a_terminal(self):
-        for number in (signal.SIGTERM, signal.SIGINT):
+        for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
             with self.subTest(number.name):
                 self.services.log.events.clear()
                 process = self.start(stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
@@ -92,16 +91,10 @@ class Quitting(InstallerCase):
 
     def test_quitting_while_the_image_is_attached_leaves_nothing(self):
         self.services.image.faults.hang = False
-        process = subprocess.Popen(self.trial.command("--auto-start", "NO"), env=self.trial.environment(),
-                                   stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        self.assertTrue(self.services.log.wait_for_step("23.31", 30))
+        process = self.start("23.31", stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         process.send_signal(signal.SIGTERM)
         self.assertEqual(process.wait(30), 0)
         deadline = time.monotonic() + 10
         while self.trial.leftovers() and time.monotonic() < deadline:
             time.sleep(0.02)
         self.assert_nothing_left()
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -109,7 +109,3 @@ class WindowOnDesktop(InstallerCase):
         self.desktop.press(self.sheet_beside(process, window), "Escape")
         self.desktop.wait_for_windows(process.pid, 1)
         self.assertIsNone(process.poll())
-
-
-if __name__ == "__main__":
-    unittest.main()

@@ -5,7 +5,7 @@ import unittest
 from pathlib import Path
 
 from tests.tools import TOOLS
-from tests.tools.trees import decomposed, needs_seven_zip, read, tree, unpack
+from tests.tools.trees import read, tree
 
 from diskimage import damage
 from diskimage.build import make_image
@@ -18,7 +18,7 @@ from sample_product import make_sample_product
 CHUNK_SIZE = CHUNK_SECTORS * SECTOR_SIZE
 
 
-class ImageTest(unittest.TestCase):
+class Making(unittest.TestCase):
     def setUp(self):
         scratch = tempfile.TemporaryDirectory()
         self.addCleanup(scratch.cleanup)
@@ -27,54 +27,6 @@ class ImageTest(unittest.TestCase):
         self.source.mkdir()
         self.image = str(self.scratch / "image.dmg")
 
-    def make(self, **options):
-        make_image(str(self.source), self.image, **{"name": "Tolvix", **options})
-
-    def unpacked(self):
-        """The volume's name and tree, from an image that 7zz reads without complaint."""
-        out = tempfile.mkdtemp(dir=self.scratch)
-        status, said = unpack(self.image, out)
-        self.assertEqual(status, 0, said)
-        self.assertNotRegex(said.lower(), "warning|error")
-        types = [line for line in said.splitlines() if line.startswith("Type = ")]
-        self.assertEqual(types, ["Type = Dmg", "Type = HFS"])
-        volume, = os.listdir(out)
-        # 7zz puts its output folder before absolute targets.
-        return volume, decomposed(tree(os.path.join(out, volume), link_prefix=os.path.realpath(out)))
-
-
-@needs_seven_zip
-class RoundTrip(ImageTest):
-    def test_product_comes_back_whole_from_every_kind_of_image(self):
-        self.source.rmdir()
-        make_sample_product(str(self.source))
-        resources = self.source / "Tolvix.app" / "Contents" / "Resources"
-        # More than one chunk, with text, noise and zeros.
-        (resources / "large").write_bytes(b"text " * CHUNK_SIZE + os.urandom(CHUNK_SIZE) + bytes(3 * CHUNK_SIZE) + b"!")
-        (resources / "caf\u00e9 \u1e9b\u0323 \uac00 \u2126").write_bytes(b"composed")
-        (resources / "read-only").touch(mode=0o444)
-        (resources / "private").mkdir(mode=0o700)
-        os.utime(resources / "large", (1, 1))
-        for options in ({}, {"layout": "disk"}, {"compression": "bzip2"}, {"compression": "xz", "level": 0},
-                        {"compression": "none", "layout": "disk"}, {"level": 0}):
-            with self.subTest(**options):
-                self.make(**options)
-                self.assertEqual(self.unpacked(), ("Tolvix", decomposed(tree(self.source))))
-
-    def test_thousands_of_files_need_index_levels(self):
-        for number in range(6000):
-            folder = self.source / f"folder {number % 23}"
-            folder.mkdir(exist_ok=True)
-            (folder / f"{number} {'long name ' * (number % 20)}").write_bytes(b"%d" % number)
-        self.make()
-        self.assertEqual(self.unpacked(), ("Tolvix", decomposed(tree(self.source))))
-
-    def test_empty_folder_makes_an_empty_volume(self):
-        self.make(name="caf\u00e9: 5")
-        self.assertEqual(self.unpacked(), ("cafe\u0301_ 5", {}))
-
-
-class Making(ImageTest):
     def test_same_input_gives_the_same_bytes(self):
         self.source.rmdir()
         images = []
