@@ -4,10 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <cstring>
-#include <iostream>
-
 #include <sys/stat.h>
 
 namespace {
@@ -37,8 +33,7 @@ TEST(Bundles, readsEveryKindOfValue) {
         <key>text</key><string>  R&amp;D &#233;<![CDATA[<x>]]> </string>
         <key>empty</key><string/><key>number</key><integer> -12 </integer><key>real</key><real>1.5</real>
         <key>yes</key><true/><key>no</key><false/>
-        <key>date</key><date>2026-11-22T21:19:44Z</date>
-        <key>data</key><data> AAEC </data>
+        <key>date</key><date>2026-11-22T21:19:44Z</date><key>data</key><data> AAEC </data>
         <key>list</key><array><string>a</string><dict><key>k</key><string>v</string></dict><array/></array>
         <key>twice</key><string>1</string><key>twice</key><string>2</string>
     </dict>)"));
@@ -146,26 +141,4 @@ TEST_F(LocalizedTexts, skipTablesThatCannotBeRead) {
     }
 }
 
-TEST(Bundles, theMainBundleIsWhereTheProgramLies) {
-    const TestFolder folder;
-    for (const auto& [program, bundle] : std::map<std::string, std::string>{
-             {"My Installer.app/Contents/MacOS/run", "My Installer.app"}, {"plain/run", "plain"}}) {
-        std::filesystem::create_directories(std::filesystem::path(folder.path(program)).parent_path());
-        std::filesystem::copy_file("/proc/self/exe", folder.path(program));
-        const std::string command =
-            "'" + folder.path(program) + "' --print-main-bundle > '" + folder.path("said") + "'";
-        EXPECT_EQ(std::system(command.c_str()), 0);
-        EXPECT_EQ(folder.read("said"), folder.path(bundle) + '\n');
-    }
-}
-
 } // namespace
-
-int main(int argc, char** argv) {
-    if (argc == 2 && std::strcmp(argv[1], "--print-main-bundle") == 0) {
-        std::cout << QtBundles({"en"}).mainBundlePath() << '\n';
-        return 0;
-    }
-    ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
-}

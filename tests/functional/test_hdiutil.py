@@ -10,7 +10,6 @@ import time
 import unittest
 from pathlib import Path
 
-import tests.tools  # noqa: F401, puts the tools on the path
 from tests.tools.trees import decomposed, tree
 
 from diskimage import damage
