@@ -229,17 +229,6 @@ TEST_F(DownloadTest, CopiesLocalFiles) {
     EXPECT_EQ(folder_.read("a b/Some%Image.dmg"), body);
 }
 
-TEST_F(DownloadTest, FailsWhenTheSourceIsCutDuringTheCopy) {
-    const auto source = folder_.write("source", "disk image");
-    std::filesystem::resize_file(source, std::uintmax_t{64} << 30);
-    const auto notes = startDownload("file://" + source);
-    EXPECT_TRUE(main_.runUntil([&] { return notes->received > 0; }));
-    std::filesystem::resize_file(source, 10);
-    EXPECT_TRUE(main_.runUntil([&] { return notes->ended; }));
-    EXPECT_EQ(notes->error.code, Code::networkConnectionLost);
-    EXPECT_EQ(filesInFolder(), "source ");
-}
-
 TEST_F(DownloadTest, NeverOpensAPipe) {
     const auto pipe = folder_.path("pipe");
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
