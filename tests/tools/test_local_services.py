@@ -24,24 +24,18 @@ IMAGE = os.urandom(300_000)
 
 
 class Running(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        scratch = tempfile.TemporaryDirectory()
-        cls.addClassCleanup(scratch.cleanup)
-        cls.scratch = Path(scratch.name)
-        (cls.scratch / "image").write_bytes(IMAGE)
-        cls.services = LocalServices(str(cls.scratch / "image"), events_file=str(cls.scratch / "events"))
-        cls.services.__enter__()
-        cls.addClassCleanup(cls.services.__exit__)
-
     def setUp(self):
-        for service in (self.services.binaries, self.services.image, self.services.log):
-            service.faults = Faults()
-        self.services.binaries.body = None
+        scratch = tempfile.TemporaryDirectory()
+        self.addCleanup(scratch.cleanup)
+        self.scratch = Path(scratch.name)
+        (self.scratch / "image").write_bytes(IMAGE)
+        self.services = LocalServices(str(self.scratch / "image"), events_file=str(self.scratch / "events"))
+        self.services.__enter__()
+        self.addCleanup(self.services.__exit__)
 
-    def fetch(self, url, data=None, timeout=PATIENCE):
+    def fetch(self, url, data=None):
         context = ssl.create_default_context(cafile=self.services.certificate)
-        with urllib.request.urlopen(url, data, timeout, context=context) as answer:
+        with urllib.request.urlopen(url, data, PATIENCE, context=context) as answer:
             return answer.status, answer.geturl(), answer.read()
 
     def check(self, query):
