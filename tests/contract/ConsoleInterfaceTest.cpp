@@ -157,15 +157,6 @@ TEST(ConsoleInterface, theBarStaysOnOneLine) {
     EXPECT_EQ(withoutBanners(screen(output)), (Lines{"log: logged", "Installing", ""}));
 }
 
-TEST(ConsoleInterface, theBarShrinksWithTheTerminal) {
-    for (const auto& [columns, expected] :
-         std::vector<std::pair<unsigned short, Lines>>{{12, {"[##  ]  50%"}}, {10, {" 50%"}}, {4, {" 50"}}}) {
-        Session session("progress", Session::Streams::Terminal, columns);
-        EXPECT_EQ(screen(session.readUntil(expected.front())), expected) << columns;
-        session.readToEnd();
-    }
-}
-
 TEST(ConsoleInterface, questionsAreAnsweredByNumber) {
     Session session("alert", Session::Streams::Terminal);
     std::string output = session.readUntil("the loop runs\r\n> ");

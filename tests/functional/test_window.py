@@ -1,6 +1,5 @@
 """The window as a person meets it: real keys on a real display, from the first stage to the last alert."""
 import os
-import signal
 import subprocess
 import unittest
 
@@ -102,10 +101,3 @@ class WindowOnDesktop(InstallerCase):
                     (self.trial.home / "opened").unlink()
                 else:
                     self.assertEqual(self.opened(), [])
-
-    def test_signal_asks_like_the_close_button(self):
-        process, window = self.start_busy()
-        process.send_signal(signal.SIGTERM)
-        self.desktop.press(self.sheet_beside(process, window), "Escape")
-        self.desktop.wait_for_windows(process.pid, 1)
-        self.assertIsNone(process.poll())
