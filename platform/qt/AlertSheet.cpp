@@ -1,6 +1,5 @@
 #include "platform/qt/AlertSheet.h"
 
-#include "platform/qt/ResourceIcon.h"
 #include "platform/qt/SheetButton.h"
 #include "platform/qt/WindowStyle.h"
 #include "ui_AlertSheet.h"
@@ -18,10 +17,6 @@ namespace {
 // The width of the whole sheet, in average letters.
 constexpr int sheetLetters = 58;
 
-QIcon iconFor(AlertStyle style) {
-    return ResourceIcon::named(style == AlertStyle::Critical ? "critical" : "warning", {48, 96, 144});
-}
-
 void showText(QLabel& label, const std::string& text) {
     label.setTextFormat(Qt::PlainText);
     label.setWordWrap(true);
@@ -36,7 +31,7 @@ void showText(QLabel& label, const std::string& text) {
 AlertSheet::AlertSheet(const Alert& alert, QWidget& window)
     : QDialog(&window, Qt::Sheet | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
                            Qt::WindowCloseButtonHint),
-      ui_(std::make_unique<Ui::AlertSheet>()), icon_(iconFor(alert.style)),
+      ui_(std::make_unique<Ui::AlertSheet>()), picture_(alert.style == AlertStyle::Critical ? "critical" : "warning"),
       escapeCode_(Alert::firstButtonReturn + static_cast<int>(alert.escapeButton)) {
     ui_->setupUi(this);
     setWindowModality(Qt::WindowModal);
@@ -98,7 +93,7 @@ void AlertSheet::addButtons(const std::vector<std::string>& titles) {
 
 void AlertSheet::adaptToFont() {
     const int line = WindowStyle::lineHeight(*this);
-    ui_->icon->setIcon(icon_, std::clamp(line * 5 / 2, 48, 72));
+    ui_->icon->setPicture(picture_, std::clamp(line * 5 / 2, 48, 72));
     ui_->messageText->setFont(WindowStyle::headingFont(font()));
     WindowStyle::setMargins(*this);
     layout()->setSpacing(line);

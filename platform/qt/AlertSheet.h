@@ -3,7 +3,6 @@
 #include "platform/UserInterface.h"
 
 #include <QDialog>
-#include <QIcon>
 
 #include <memory>
 #include <vector>
@@ -43,7 +42,7 @@ private:
 
     std::unique_ptr<Ui::AlertSheet> ui_;
     std::vector<SheetButton*> buttons_;
-    QIcon icon_;
+    QString picture_;
     int escapeCode_;
 };
 

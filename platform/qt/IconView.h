@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QIcon>
+#include <QPixmap>
 #include <QWidget>
 
 namespace platform {
@@ -12,14 +12,17 @@ class IconView : public QWidget {
 public:
     explicit IconView(QWidget* parent = nullptr) : QWidget(parent) {}
 
-    // The width and height in logical pixels.
-    void setIcon(const QIcon& icon, int extent);
+    // One of the program's pictures, and its width and height in logical pixels.
+    void setPicture(const QString& name, int extent);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    QIcon icon_;
+    QString name_;
+    // As painted last, and the device pixels that it was chosen for.
+    QPixmap picture_;
+    int pictureExtent_ = 0;
 };
 
 } // namespace platform

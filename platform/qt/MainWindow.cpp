@@ -92,7 +92,7 @@ void MainWindow::addCommands() {
 
 void MainWindow::adaptToFont() {
     const int line = WindowStyle::lineHeight(*this);
-    ui_->icon->setIcon(QApplication::windowIcon(), std::clamp(line * 7 / 2, 64, 96));
+    ui_->icon->setPicture("icon", std::clamp(line * 7 / 2, 64, 96));
     ui_->title->setFont(WindowStyle::headingFont(font()));
     WindowStyle::setMargins(*this);
     layout()->setSpacing(line);

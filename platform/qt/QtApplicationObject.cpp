@@ -16,7 +16,7 @@ QtApplicationObject::QtApplicationObject(const QtInterfaceOptions& options)
     QApplication::setLayoutDirection(locale.textDirection());
     QApplication::setApplicationName(QString::fromStdString(options.name));
     QApplication::setDesktopFileName(QString::fromStdString(options.identifier));
-    QApplication::setWindowIcon(ResourceIcon::named("icon", {16, 24, 32, 48, 64, 128, 256}));
+    QApplication::setWindowIcon(ResourceIcon::named("icon", {16, 24, 32, 48, 64, 128}));
     QApplication::setQuitOnLastWindowClosed(false);
     Accessibility::install();
 }

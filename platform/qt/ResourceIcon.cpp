@@ -1,7 +1,7 @@
 #include "platform/qt/ResourceIcon.h"
 
+#include <QFile>
 #include <QImageReader>
-#include <QPixmap>
 
 // The resources lie in a library, where nothing else refers to them.
 static void initializeResources() {
@@ -10,16 +10,41 @@ static void initializeResources() {
 
 namespace platform {
 
+namespace {
+
+QString fileName(const QString& name, int extent) {
+    return QString(":/platform/qt/icons/%1-%2.png").arg(name).arg(extent);
+}
+
+QPixmap load(const QString& file) {
+    QImageReader reader(file, "png");
+    // Looking for the format would load all image plugins, for nothing.
+    reader.setAutoDetectImageFormat(false);
+    return QPixmap::fromImageReader(&reader);
+}
+
+} // namespace
+
 QIcon ResourceIcon::named(const QString& name, std::initializer_list<int> extents) {
     initializeResources();
     QIcon icon;
-    for (const int extent : extents) {
-        QImageReader reader(QString(":/platform/qt/icons/%1-%2.png").arg(name).arg(extent), "png");
-        // Looking for the format would load all image plugins, for nothing.
-        reader.setAutoDetectImageFormat(false);
-        icon.addPixmap(QPixmap::fromImageReader(&reader));
-    }
+    for (const int extent : extents)
+        icon.addPixmap(load(fileName(name, extent)));
     return icon;
+}
+
+QPixmap ResourceIcon::picture(const QString& name, int extent) {
+    initializeResources();
+    QString found;
+    for (const int candidate : {48, 64, 96, 128, 144, 256}) {
+        const QString file = fileName(name, candidate);
+        if (!QFile::exists(file))
+            continue;
+        found = file;
+        if (candidate >= extent)
+            break;
+    }
+    return load(found);
 }
 
 } // namespace platform

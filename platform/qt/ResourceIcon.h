@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QIcon>
+#include <QPixmap>
 
 #include <initializer_list>
 
@@ -11,6 +12,9 @@ class ResourceIcon {
 public:
     // The icon made of the pictures of that name with these widths in device pixels.
     static QIcon named(const QString& name, std::initializer_list<int> extents);
+
+    // The smallest picture of that name that is at least so wide, in device pixels; else the widest.
+    static QPixmap picture(const QString& name, int extent);
 };
 
 } // namespace platform
