@@ -5,7 +5,6 @@
 #include "platform/curl/SourceFile.h"
 #include "platform/curl/SourceURL.h"
 #include "platform/curl/TransferContext.h"
-#include "platform/curl/TrustedCertificates.h"
 #include "platform/curl/WebFetch.h"
 #include "platform/curl/WebPost.h"
 
@@ -30,7 +29,7 @@ std::optional<std::string> contentsOfFile(const foundation::URL& url, std::size_
 } // namespace
 
 CurlTransfers::CurlTransfers(Threads& threads, const TransferLimits& limits)
-    : context_(new TransferContext{threads, {limits, trustedCertificates()}, nullptr, {}}) {}
+    : context_(new TransferContext{threads, {limits, TrustedCertificates::ofSystemAndEnvironment()}, nullptr, {}}) {}
 
 CurlTransfers::~CurlTransfers() {
     // Then the thread may be anywhere, and the process takes everything with it.

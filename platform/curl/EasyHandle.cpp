@@ -24,16 +24,24 @@ void EasyHandle::setSecurity(const std::string& url, const WebSettings& settings
     set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
     set(CURLOPT_SSL_VERIFYPEER, 1L);
     set(CURLOPT_SSL_VERIFYHOST, 2L);
-    if (!settings.certificates.empty()) {
-        // The library only reads it.
-        auto* bytes = const_cast<char*>(settings.certificates.data());
-        curl_blob blob{bytes, settings.certificates.size(), CURL_BLOB_NOCOPY};
-        set(CURLOPT_CAINFO_BLOB, &blob);
-    }
+    setTrust(settings.trusted);
     set(CURLOPT_PROTOCOLS_STR, "http,https");
     set(CURLOPT_REDIR_PROTOCOLS_STR, isSecure(url) ? "https" : "http,https");
     set(CURLOPT_PREREQFUNCTION, &EasyHandle::checkRedirect);
     set(CURLOPT_PREREQDATA, this);
+}
+
+void EasyHandle::setTrust(const TrustedCertificates& trusted) {
+    if (!trusted.folder.empty()) {
+        set(CURLOPT_CAPATH, trusted.folder.c_str());
+        set<const char*>(CURLOPT_CAINFO, nullptr);
+    }
+    if (!trusted.bundle.empty()) {
+        // The library only reads it.
+        auto* bytes = const_cast<char*>(trusted.bundle.data());
+        curl_blob blob{bytes, trusted.bundle.size(), CURL_BLOB_NOCOPY};
+        set(CURLOPT_CAINFO_BLOB, &blob);
+    }
 }
 
 // Called before each request of the chain is sent: the lists of protocols cannot tell an open connection that comes

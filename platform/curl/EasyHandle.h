@@ -3,6 +3,7 @@
 #include "platform/Transfers.h"
 #include "platform/curl/TransferFailure.h"
 #include "platform/curl/TransferLimits.h"
+#include "platform/curl/TrustedCertificates.h"
 
 #include <array>
 #include <curl/curl.h>
@@ -14,8 +15,7 @@ namespace platform::curl {
 // What every web transfer is set up with.
 struct WebSettings {
     TransferLimits limits;
-    // PEM; empty when the library's own choice stands.
-    std::string certificates;
+    TrustedCertificates trusted;
 };
 
 // One libcurl request, with the rules that hold for all of ours: certificates checked, TLS 1.2 or newer, redirects
@@ -50,6 +50,7 @@ public:
 
 private:
     void setSecurity(const std::string& url, const WebSettings& settings);
+    void setTrust(const TrustedCertificates& trusted);
     static int checkRedirect(void* self, char* peer, char* local, int peerPort, int localPort);
 
     std::array<char, CURL_ERROR_SIZE> errorText_{};

@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <curl/curl.h>
+#include <filesystem>
 
 namespace platform::curl {
 
@@ -20,15 +21,37 @@ std::string contents(const char* path) {
     return std::get<SourceFile>(file).readAll(longestBundle).value_or("");
 }
 
+// Such as "5ad8a5d6.0".
+bool isHashedName(const std::string& name) {
+    return name.size() > 9 && name[8] == '.' && name.find_first_not_of("0123456789abcdef") == 8 &&
+           name.find_first_not_of("0123456789", 9) == std::string::npos;
+}
+
+bool hasHashedNames(const std::string& folder) {
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error))
+        if (isHashedName(entry->path().filename()))
+            return true;
+    return false;
+}
+
 } // namespace
 
-std::string trustedCertificates() {
-    const std::string further = contents(std::getenv("SSL_CERT_FILE"));
-    const std::string system = contents(curl_version_info(CURLVERSION_NOW)->cainfo);
-    // The variable often names the system's own; reading those twice would slow down every connection.
-    if (further.empty() || further == system)
-        return {};
-    return system + "\n" + further;
+TrustedCertificates TrustedCertificates::ofSystemAndEnvironment() {
+    const curl_version_info_data& library = *curl_version_info(CURLVERSION_NOW);
+    TrustedCertificates trusted;
+    // Reading the whole bundle for each connection takes longer than the connection, and megabytes of memory.
+    if (library.capath != nullptr && hasHashedNames(library.capath))
+        trusted.folder = library.capath;
+    trusted.bundle = contents(std::getenv("SSL_CERT_FILE"));
+    if (trusted.bundle.empty())
+        return trusted;
+    const std::string system = contents(library.cainfo);
+    if (trusted.bundle == system)
+        trusted.bundle.clear();
+    else if (trusted.folder.empty())
+        trusted.bundle = system + "\n" + trusted.bundle;
+    return trusted;
 }
 
 } // namespace platform::curl

@@ -89,15 +89,18 @@ TEST_F(SecureTransfersTest, RedirectsNeverLeaveEncryption) {
 }
 
 TEST_F(SecureTransfersTest, FurtherCertificatesComeOnTopOfTheSystems) {
-    using platform::curl::trustedCertificates;
-    EXPECT_EQ(trustedCertificates(), "");
+    using platform::curl::TrustedCertificates;
+    const auto system = TrustedCertificates::ofSystemAndEnvironment();
+    EXPECT_EQ(system.bundle, "");
     trust(certificate_);
     std::ostringstream systems;
     systems << std::ifstream(systemBundle()).rdbuf();
-    EXPECT_EQ(trustedCertificates(), systems.str() + "\n" + certificate_.pem());
+    const auto both = TrustedCertificates::ofSystemAndEnvironment();
+    EXPECT_EQ(both.folder, system.folder);
+    EXPECT_EQ(both.bundle, (both.folder.empty() ? systems.str() + "\n" : "") + certificate_.pem());
     for (const auto& other : {folder_.path(), folder_.path("absent"), systemBundle(), std::string()}) {
         ::setenv("SSL_CERT_FILE", other.c_str(), 1);
-        EXPECT_EQ(trustedCertificates(), "") << other;
+        EXPECT_EQ(TrustedCertificates::ofSystemAndEnvironment().bundle, "") << other;
     }
 }
 
