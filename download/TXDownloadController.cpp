@@ -1,7 +1,7 @@
 #include "download/TXDownloadController.h"
 
 #include "foundation/PathString.h"
-#include "platform/Platform.h"
+#include "platform/HandOver.h"
 
 #include <array>
 #include <cstdio>
@@ -110,15 +110,25 @@ void TXDownloadController::downloadFinished() {
 }
 
 void TXDownloadController::downloadFailed(const std::optional<foundation::Error>& error) {
-    _downloadInProgress = false;
     URLResponse.reset();
     URLDownload.reset();
-    removeTmpDirectoryForDownload();
+    if (!localURL) {
+        endWithFailure(error);
+        return;
+    }
+    // Removing a large file takes its time on a busy disk, in which the window has to go on answering.
+    platform::performInBackground(shared_from_this(), [error](TXDownloadController& self) {
+        self.removeTmpDirectoryForDownload();
+        platform::performOnMain(self.shared_from_this(),
+                                [error](TXDownloadController& failed) { failed.endWithFailure(error); });
+    });
+}
+
+void TXDownloadController::endWithFailure(const std::optional<foundation::Error>& error) {
+    _downloadInProgress = false;
     delegate->downloadDidFailWithError(error);
 }
 
-void TXDownloadController::removeTmpDirectoryForDownload() {
-    if (!localURL)
-        return;
+void TXDownloadController::removeTmpDirectoryForDownload() const {
     platform::current().fileChanges->removePrivateFolder(path::deletingLastPathComponent(localURL->absoluteString()));
 }

@@ -8,7 +8,8 @@
 #include <optional>
 
 // Fetches the disk image into a fresh private folder of the user's temporary folder. The folder stays after success,
-// for the installation to remove, and is removed after a failure. Main thread.
+// for the installation to remove, and is removed after a failure. Main thread, but for that
+// removal.
 class TXDownloadController final : public TXDownloadStage,
                                    public platform::DownloadDelegate,
                                    public std::enable_shared_from_this<TXDownloadController> {
@@ -30,7 +31,8 @@ private:
     void downloadFinished();
     void downloadFailed(const std::optional<foundation::Error>& error);
     std::optional<foundation::URL> createTmpDirectoryForDownload() const;
-    void removeTmpDirectoryForDownload();
+    void endWithFailure(const std::optional<foundation::Error>& error);
+    void removeTmpDirectoryForDownload() const;
 
     bool _downloadInProgress = false;
     std::uint64_t _bytesReceived = 0;

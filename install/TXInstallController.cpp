@@ -132,31 +132,33 @@ void TXInstallController::startLaunch() {
 }
 
 void TXInstallController::unarchiveFailed(const std::optional<Error>& error) {
-    endInstallation();
-    delegate->installDidFailWithError(error);
+    endInstallation([error](auto& d) { d.installDidFailWithError(error); });
 }
 
 void TXInstallController::copyFailed(const std::optional<Error>& error) {
-    endInstallation();
-    delegate->installDidFailWithError(error);
+    endInstallation([error](auto& d) { d.installDidFailWithError(error); });
 }
 
 void TXInstallController::launchFailed(const std::optional<Error>& error) {
-    endInstallation();
-    delegate->launchDidFailWithError(error.value());
+    endInstallation([error](auto& d) { d.launchDidFailWithError(error.value()); });
 }
 
 void TXInstallController::launchFinished() {
-    endInstallation();
-    delegate->installDidEnd();
+    endInstallation([](auto& d) { d.installDidEnd(); });
 }
 
-void TXInstallController::endInstallation() {
-    _installInProgress = false;
-    removeTmpDirectoryForDownload();
+// Removing what a large product left behind takes its time on a busy disk, in which the window has to go on answering.
+void TXInstallController::endInstallation(Report report) {
+    platform::performInBackground(shared_from_this(), [report = std::move(report)](TXInstallController& self) {
+        self.removeTmpDirectoryForDownload();
+        platform::performOnMain(self.shared_from_this(), [report](TXInstallController& ended) {
+            ended._installInProgress = false;
+            report(*ended.delegate);
+        });
+    });
 }
 
-void TXInstallController::removeTmpDirectoryForDownload() {
+void TXInstallController::removeTmpDirectoryForDownload() const {
     platform::current().fileChanges->removePrivateFolder(path::deletingLastPathComponent(localURL->absoluteString()));
 }
 

@@ -3,6 +3,7 @@
 #include "app/TXFlowInterfaces.h"
 #include "install/TXUnarchiver.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -24,6 +25,7 @@ public:
     void unarchiverDidFail(TXUnarchiver& unarchiver) override;
 
 private:
+    using Report = std::function<void(TXInstallControllerDelegate& delegate)>;
     using Handler = void (TXInstallController::*)(const std::optional<foundation::Error>& error);
 
     void startUnarchive();
@@ -35,8 +37,8 @@ private:
     void startLaunch();
     void launchFinished();
     void launchFailed(const std::optional<foundation::Error>& error);
-    void endInstallation();
-    void removeTmpDirectoryForDownload();
+    void endInstallation(Report report);
+    void removeTmpDirectoryForDownload() const;
     void schedule(Handler handler, std::optional<foundation::Error> error);
     static void closeRunningProduct();
 

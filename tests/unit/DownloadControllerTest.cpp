@@ -22,7 +22,10 @@ protected:
         controller->startDownloadArchiveAtURL(*URL::withString(url));
     }
     FakeDownload& transfer() { return *system.transfers.downloads.back(); }
-    Texts messages() { return delegate->taken(); }
+    Texts messages() {
+        system.threads.runAll();
+        return delegate->taken();
+    }
 
     std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>(system.threads);
     std::shared_ptr<TXDownloadController> controller = std::make_shared<TXDownloadController>(delegate);
