@@ -4,11 +4,11 @@
 #include "install/TXInstallController.h"
 #include "platform/Platform.h"
 #include "platform/console/ConsoleInterface.h"
-#include "platform/curl/CurlTransfers.h"
 #include "platform/linux/LinuxAuthorization.h"
 #include "platform/linux/LinuxDiskImages.h"
 #include "platform/linux/LinuxLocale.h"
 #include "platform/linux/LinuxProcessInfo.h"
+#include "platform/linux/LinuxTransfers.h"
 #include "platform/linux/LinuxWorkspace.h"
 #include "platform/linux/StandardErrorConsole.h"
 #include "platform/posix/PosixFileChanges.h"
@@ -23,11 +23,14 @@
 #include "telemetry/Deployment.h"
 #include "ui/TXInstallWindowController.h"
 
+#include <chrono>
 #include <cstdlib>
 #include <string>
 #include <vector>
 
 // The composition root: the one place that knows which implementations the program is made of.
+
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -93,12 +96,12 @@ struct System {
     platform::PosixFileChanges fileChanges{{surroundings.processInfo.homeDirectory(),
                                             surroundings.processInfo.systemPath("/Applications"),
                                             surroundings.processInfo.temporaryDirectory()}};
-    platform::CurlTransfers transfers{threads};
+    platform::LinuxTransfers transfers{surroundings.bundles, threads, surroundings.console};
     platform::LinuxDiskImages diskImages{surroundings.bundles};
     platform::LinuxWorkspace workspace{surroundings.bundles, tasks, fileChanges, &platform::showInFileManager};
     platform::LinuxAuthorization authorization;
     platform::QtPreferences preferences{
-        platform::QtPreferences::userConfigurationFolder(surroundings.processInfo.homeDirectory())};
+        platform::QtPreferences::userConfigurationFolder(surroundings.processInfo.homeDirectory()), threads};
 };
 
 TXStageFactory stageFactory() {
@@ -129,6 +132,7 @@ int main(int argc, char** argv) {
     system.application.setDelegate(*delegate);
     system.interface->start(system.application, *delegate);
     const int status = system.application.run();
+    system.preferences.finishWriting(2s);
     system.fileChanges.removeLeftovers();
     system.surroundings.processInfo.removeEmptyTemporaryFolder();
     // Ends at once, whatever the other threads are doing, and without taking anything from under them.

@@ -9,7 +9,8 @@ configure_file(${PROJECT_SOURCE_DIR}/resources/Info.plist.in "${bundle}/Info.pli
 
 set_target_properties(TolvixInstaller PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${bundle}/MacOS")
 set_target_properties(hdiutil PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${bundle}/Helpers")
-add_dependencies(TolvixInstaller hdiutil)
+set_target_properties(transfers_plugin PROPERTIES LIBRARY_OUTPUT_DIRECTORY "${bundle}/PlugIns")
+add_dependencies(TolvixInstaller hdiutil transfers_plugin)
 
 file(GLOB tables RELATIVE ${PROJECT_SOURCE_DIR}/resources CONFIGURE_DEPENDS
     ${PROJECT_SOURCE_DIR}/resources/*.lproj/Localizable.strings)

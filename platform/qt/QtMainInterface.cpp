@@ -7,8 +7,11 @@ namespace platform {
 QtMainInterface::QtMainInterface(const QtInterfaceOptions& options)
     : language_(QString::fromStdString(options.language)), applicationObject_(options), alerts_(window_) {
     QObject::connect(&window_.progressIndicator(), &ProgressBar::stateShown, &window_, [this] { showOnLauncher(); });
-    // The program may end without destroying anything.
-    QObject::connect(qApp, &QApplication::aboutToQuit, &window_, [this] { launcherEntry_.reset(); });
+    // The program ends without destroying anything, and tidies up for a moment in which the window could not answer.
+    QObject::connect(qApp, &QApplication::aboutToQuit, &window_, [this] {
+        launcherEntry_.reset();
+        window_.hide();
+    });
 }
 
 ProgressIndicator& QtMainInterface::progressIndicator() {

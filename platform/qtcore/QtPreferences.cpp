@@ -7,6 +7,8 @@
 #include <QString>
 
 #include <cstdlib>
+#include <memory>
+#include <utility>
 
 namespace platform {
 namespace {
@@ -48,16 +50,53 @@ void QtPreferences::setValue(const std::optional<foundation::Value>& value, cons
     }
 }
 
-bool QtPreferences::synchronize(const std::string& domain) {
-    if (!isPlainName(domain)) {
-        return false;
+void QtPreferences::synchronize(const std::string& domain) {
+    if (isPlainName(domain) && !pending_[domain].empty()) {
+        due_.insert(domain);
+        writeNext();
     }
-    Changes& changes = pending_[domain];
-    if (!changes.empty() && !fileOf(folder_, domain).apply(changes)) {
-        return false;
+}
+
+void QtPreferences::writeNext() {
+    if (writing_ || due_.empty()) {
+        return;
     }
-    changes.clear();
-    return true;
+    writing_ = true;
+    const std::string domain = due_.extract(due_.begin()).value();
+    const Changes changes = pending_[domain];
+    const auto result = std::make_shared<std::promise<void>>();
+    lastWrite_ = result->get_future();
+    threads_.performInBackground([this, domain, changes, result] {
+        const bool success = fileOf(folder_, domain).apply(changes);
+        result->set_value();
+        threads_.performOnMain([this, domain, changes, success] {
+            writing_ = false;
+            if (success) {
+                written(domain, changes);
+            }
+            writeNext();
+        });
+    });
+}
+
+// From here on the file counts again, but for what has been changed in the meantime.
+void QtPreferences::written(const std::string& domain, const Changes& changes) {
+    Changes& pending = pending_[domain];
+    for (const auto& [key, value] : changes) {
+        const auto found = pending.find(key);
+        if (found != pending.end() && found->second == value) {
+            pending.erase(found);
+        }
+    }
+}
+
+void QtPreferences::finishWriting(std::chrono::milliseconds limit) {
+    if (writing_ && lastWrite_.wait_for(limit) != std::future_status::ready) {
+        return;
+    }
+    for (const std::string& domain : std::exchange(due_, {})) {
+        fileOf(folder_, domain).apply(pending_[domain]);
+    }
 }
 
 } // namespace platform

@@ -39,6 +39,10 @@ class CheckFailures(InstallerCase):
         self.services.binaries.refuse_connections()
         self.expect_check_failure(r"with error: \(null\)")
 
+    def test_missing_library_for_transfers(self):
+        (self.trial.installer / "Contents" / "PlugIns" / "Transfers.so").unlink()
+        self.expect_check_failure(r"No web transfers: .*Transfers.so")
+
     def test_text_of_the_service_cannot_drive_the_terminal(self):
         self.services.binaries.body = b'{"code": 5, "message": "red \\u001b[31m\\nsecond line"}'
         self.show_events()

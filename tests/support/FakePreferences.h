@@ -21,10 +21,9 @@ public:
         ++writes;
     }
 
-    bool synchronize(const std::string& domain) override {
+    void synchronize(const std::string& domain) override {
         if (const auto changed = pending_.extract(domain))
             stored[domain] = changed.mapped();
-        return true;
     }
 
     std::map<std::string, foundation::Value::Dictionary> stored;
