@@ -10,7 +10,7 @@ class VirtualDisplay:
 
     def __enter__(self):
         reading, writing = os.pipe()
-        self._server = subprocess.Popen(["Xvfb", "-displayfd", str(writing), "-screen", "0", "1280x800x24"],
+        self._server = subprocess.Popen(["Xvfb", "-noreset", "-displayfd", str(writing), "-screen", "0", "1280x800x24"],
                                         pass_fds=[writing], stdin=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         os.close(writing)
         with os.fdopen(reading) as numbers:
