@@ -7,46 +7,25 @@ drifts does not decide. Works in build/bench. Times are wall-clock seconds; memo
 import argparse
 import os
 import shutil
-import signal
-import statistics
 import subprocess
 import sys
-import time
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parent))
+from bench_window import bench_answers, bench_window, bench_windowed_run  # noqa: E402
 from diskimage.build import make_image  # noqa: E402
+from measuring import BENCH, TOOLS, measure, side_by_side  # noqa: E402
 from sample_product import make_sample_product  # noqa: E402
 from services import LocalServices  # noqa: E402
-from trial import BUNDLE, REPOSITORY, Trial  # noqa: E402
-from virtual_display import VirtualDisplay  # noqa: E402
+from trial import BUNDLE, Trial  # noqa: E402
 
-BENCH = REPOSITORY / "build" / "bench"
-TOOLS = REPOSITORY / "build" / "release" / "tools" / "bench"
 HDIUTIL = BUNDLE / "Contents" / "Helpers" / "hdiutil"
 IDENTIFIER = "example.tolvix.desktop"
 
 
-def measure(command, environment=None):
-    """Runs the command; its seconds and its peak memory in MB. Raises CalledProcessError."""
-    # A small program in between: a process's peak counts from before it was what it is, and this one is large.
-    record = BENCH / "peak"
-    start = time.monotonic()
-    subprocess.run(["/usr/bin/time", "-f", "%M", "-o", str(record), *command], env=environment, check=True,
-                   stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-    return time.monotonic() - start, int(record.read_text()) / 1024
-
-
-def side_by_side(name, ours, theirs, rounds):
-    """Prints the medians of two measurements, taken in turn, and the median of their ratios."""
-    ours()
-    theirs()
-    pairs = [(ours(), theirs()) for _ in range(rounds)]
-    for figure, unit in ((0, "s"), (1, "MB")):
-        mine, other = ([pair[side][figure] for pair in pairs] for side in (0, 1))
-        ratio = statistics.median(a / b for a, b in zip(mine, other))
-        print(f"{name if figure == 0 else '':26}  {statistics.median(mine):8.3f} {unit:2}"
-              f"  {statistics.median(other):8.3f} {unit:2}  ratio {ratio:5.2f}", flush=True)
+def figures(name):
+    """What `measure` returns."""
+    return {name: "s", "  memory": "MB"}
 
 
 def fresh(path):
@@ -66,7 +45,8 @@ def bench_download(services, rounds):
     url = f"https://{services.image.host}/Tolvix.dmg"
     target = str(BENCH / "downloaded")
     environment = {**os.environ, "SSL_CERT_FILE": services.certificate}
-    side_by_side("download | curl", lambda: measure([str(TOOLS / "bench_tool"), "download", url, target], environment),
+    side_by_side(figures("download | curl"),
+                 lambda: measure([str(TOOLS / "bench_tool"), "download", url, target], environment),
                  lambda: measure(["curl", "-sS", "--fail", "--cacert", services.certificate, "-o", target, url]), rounds)
 
 
@@ -81,13 +61,14 @@ def bench_attach(image, rounds):
         finally:
             subprocess.run([str(HDIUTIL), "detach", str(mount), "-force"], check=True, stdout=subprocess.DEVNULL)
 
-    side_by_side("attach | 7-Zip", attach,
+    side_by_side(figures("attach | 7-Zip"), attach,
                  lambda: measure(["7zz", "x", "-y", "-bd", "-snld20", "-sns-", f"-o{fresh(plain)}", str(image)]), rounds)
 
 
 def bench_copy(volume, rounds):
     source, target = volume / "Tolvix.app", BENCH / "copied"
-    side_by_side("copy | cp -a", lambda: measure([str(TOOLS / "bench_tool"), "copy", str(source), str(fresh(target))]),
+    side_by_side(figures("copy | cp -a"),
+                 lambda: measure([str(TOOLS / "bench_tool"), "copy", str(source), str(fresh(target))]),
                  lambda: measure(["cp", "-a", str(source), str(fresh(target))]), rounds)
 
 
@@ -108,7 +89,8 @@ def bench_whole_run(services, trial, rounds):
     target.mkdir()
     script = ["sh", "-c", SCRIPT, "sh", services.certificate, services.binaries.host, services.image.host, str(work),
               str(target)]
-    side_by_side("whole run | script", lambda: measure(trial.command("--auto-start", "NO"), trial.environment()),
+    side_by_side(figures("whole run | script"),
+                 lambda: measure(trial.command("--auto-start", "NO"), trial.environment()),
                  lambda: measure(script), rounds)
 
 
@@ -116,53 +98,7 @@ def bench_memory(services, trial, images):
     for megabytes, image in images.items():
         services.image.image = str(image)
         _, peak = measure(trial.command("--auto-start", "NO"), trial.environment())
-        print(f"peak memory, {megabytes} MB product      {peak:8.1f} MB")
-
-
-class Screen(VirtualDisplay):
-    """A display, and the moments at which windows appear on it."""
-
-    def measure(self, command, environment, until=lambda: True):
-        """Seconds until the command's window is on screen, and its peak memory in MB; ends it once `until` holds."""
-        watcher = subprocess.Popen(["xev", "-display", self.display, "-root", "-event", "substructure"],
-                                   stdout=subprocess.PIPE, text=True, bufsize=1)
-        time.sleep(0.2)  # until the watcher listens
-        start = time.monotonic()
-        process = subprocess.Popen(command, env={**environment, "DISPLAY": self.display}, stdin=subprocess.DEVNULL,
-                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        for line in watcher.stdout:
-            if line.startswith("MapNotify"):
-                break
-        seconds = time.monotonic() - start
-        while not until():
-            time.sleep(0.005)
-        peak = next(int(line.split()[1]) for line in Path(f"/proc/{process.pid}/status").read_text().splitlines()
-                    if line.startswith("VmHWM"))
-        for child in (process, watcher):
-            child.send_signal(signal.SIGKILL)
-            child.wait()
-        watcher.stdout.close()
-        return seconds, peak / 1024
-
-
-def bench_window(services, trial, rounds):
-    services.image.faults.hang = True
-    bare = [str(TOOLS / "bare_window")]
-    seen = []
-
-    def installer():
-        services.log.events.clear()
-        services.binaries.requests.clear()
-        start = services.binaries.journal.now() + 0.2
-        result = screen.measure(trial.command(), trial.environment(), lambda: services.binaries.requests)
-        seen.append(services.binaries.requests[0].time - start)
-        for leftover in trial.temporary.iterdir():
-            shutil.rmtree(leftover)
-        return result
-
-    with Screen() as screen:
-        side_by_side("window | bare Qt window", installer, lambda: screen.measure(bare, dict(os.environ)), rounds)
-    print(f"check request arrives      {statistics.median(seen[1:]):8.3f} s")
+        print(f"peak memory, {megabytes:3} MB product           {peak:10.1f} MB")
 
 
 def main():
@@ -173,7 +109,7 @@ def main():
     fresh(BENCH).mkdir(parents=True)
     made = {size: make_images(size) for size in options.sizes}
     volume, image = made[options.sizes[-1]]
-    print(f"{'':26}  {'installer':>11}  {'beside it':>11}   ({options.sizes[-1]} MB product, {options.rounds} rounds)")
+    print(f"{'':34}  {'installer':>12}  {'beside it':>12}   ({options.sizes[-1]} MB product, {options.rounds} rounds)")
     with LocalServices(str(image)) as services, Trial(BENCH / "trial") as trial:
         trial.use_services(services)
         bench_download(services, options.rounds)
@@ -182,6 +118,9 @@ def main():
         bench_whole_run(services, trial, options.rounds)
         bench_memory(services, trial, {size: pair[1] for size, pair in made.items()})
         bench_window(services, trial, options.rounds)
+        services.image.image = str(made[options.sizes[0]][1])
+        bench_windowed_run(trial, options.rounds)
+        bench_answers(trial, options.rounds)
     shutil.rmtree(BENCH)
     return 0
 

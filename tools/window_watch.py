@@ -51,7 +51,7 @@ def _library() -> ctypes.CDLL:
 
 
 class WindowWatch:
-    """Runs while the `with` block does, on a display without a window manager. Raises OSError without libX11 or display."""
+    """Runs while the `with` block does, on a display without a window manager. Raises OSError without one or libX11."""
 
     def __init__(self, display: str):
         self._x = _library()
@@ -79,7 +79,7 @@ class WindowWatch:
         return event.map.window
 
     def ping(self, window: int, seconds: float = 30) -> Optional[float]:
-        """Asks the window's program, as window managers do; the seconds until its event loop answered, None if never."""
+        """Asks the window's event loop, as window managers do; the seconds until it answered, None if it never did."""
         self._serial += 1
         event = _Event()
         event.client.type, event.client.window, event.client.message_type = _CLIENT_MESSAGE, window, self._protocols
