@@ -34,7 +34,11 @@ TEST_F(WindowTest, GrowsWithTextAndFont) {
     start();
     settle();
     const QSize before = window().size();
-    interface().textIndicator().setStringValue(std::string(20, 'W') + " " + std::string(60, 'x'));
+    std::string text;
+    // More lines than the icon is high.
+    for (int line = 0; line < 8; ++line)
+        text += std::string(40, 'W') + ' ';
+    interface().textIndicator().setStringValue(text);
     settle();
     EXPECT_GT(window().height(), before.height());
     const QSize withText = window().size();
