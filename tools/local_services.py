@@ -16,6 +16,9 @@ from services import LocalServices
 from services.binaries import BODIES, STRING_CODE
 
 
+ENDINGS = (signal.SIGTERM, signal.SIGINT)
+
+
 def parse_arguments():
     parser = argparse.ArgumentParser(description=__doc__, allow_abbrev=False,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
@@ -68,20 +71,20 @@ def run(options):
         if output:
             print(f"binaries {services.binaries.host}\nimage    {services.image.host}\nlog      {services.log.host}\n"
                   f"trust    {services.certificate}", file=output, flush=True)
-        while True:
-            signal.pause()
+        signal.sigwait(ENDINGS)
 
 
 def main():
     options = parse_arguments()
     sys.stdout.reconfigure(errors="backslashreplace")
-    for number in (signal.SIGTERM, signal.SIGINT):
-        signal.signal(number, lambda *_: sys.exit(0))
+    # Held back until they are waited for: one that came just before a pause would be slept through.
+    signal.pthread_sigmask(signal.SIG_BLOCK, ENDINGS)
     try:
         run(options)
     except (OSError, RuntimeError, ValueError) as error:
         print(f"local_services: {error}", file=sys.stderr)
         return 1
+    return 0
 
 
 if __name__ == "__main__":
