@@ -15,7 +15,6 @@ from pathlib import Path
 from services import LocalServices
 from services.binaries import BODIES, STRING_CODE
 
-
 ENDINGS = (signal.SIGTERM, signal.SIGINT)
 
 
