@@ -11,7 +11,15 @@ namespace tests {
 
 namespace {
 
-using TransferThreadTest = TransfersTest;
+class TransferThreadTest : public TransfersTest {
+protected:
+    // Ends the process as main does, but nobody is left to remove the folder afterwards.
+    [[noreturn]] void end() const {
+        std::filesystem::remove_all(folder_.path());
+        std::exit(7);
+    }
+};
+
 using Ending = LoopbackServer::Ending;
 using namespace std::chrono_literals;
 
@@ -44,7 +52,7 @@ TEST_F(TransferThreadTest, ProgramMayEndAtAnyTime) {
         server.answer("/file", answerOf("200 OK", std::string(64 << 20, 'x')));
         const auto notes = startDownload(server.url("/file"));
         main_.runUntil([&] { return notes->received > 0; });
-        std::exit(7);
+        end();
     };
     const auto endDuringHandshake = [this] {
         // The end of the process takes a while after the libraries have ended.
@@ -52,7 +60,7 @@ TEST_F(TransferThreadTest, ProgramMayEndAtAnyTime) {
         LoopbackServer server;
         startDownload("https" + server.url("/file").substr(4));
         std::this_thread::sleep_for(2ms);
-        std::exit(7);
+        end();
     };
     EXPECT_EXIT(endDuringDownload(), testing::ExitedWithCode(7), "");
     for (int i = 0; i < 5; ++i)

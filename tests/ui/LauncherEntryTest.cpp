@@ -40,7 +40,8 @@ protected:
     }
 
     void TearDown() override {
-        daemon_.kill();
+        // Not by force: it removes its socket.
+        daemon_.terminate();
         daemon_.waitForFinished();
     }
 
