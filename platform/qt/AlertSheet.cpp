@@ -5,7 +5,6 @@
 #include "ui_AlertSheet.h"
 
 #include <QAccessible>
-#include <QEvent>
 #include <QScreen>
 
 #include <algorithm>
@@ -29,8 +28,8 @@ void showText(QLabel& label, const std::string& text) {
 } // namespace
 
 AlertSheet::AlertSheet(const Alert& alert, QWidget& window)
-    : QDialog(&window, Qt::Sheet | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
-                           Qt::WindowCloseButtonHint),
+    : FittedWindow(&window, Qt::Sheet | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
+                                Qt::WindowCloseButtonHint),
       ui_(std::make_unique<Ui::AlertSheet>()), picture_(alert.style == AlertStyle::Critical ? "critical" : "warning"),
       escapeCode_(Alert::firstButtonReturn + static_cast<int>(alert.escapeButton)) {
     ui_->setupUi(this);
@@ -46,22 +45,6 @@ AlertSheet::~AlertSheet() = default;
 
 void AlertSheet::reject() {
     done(escapeCode_);
-}
-
-bool AlertSheet::event(QEvent* event) {
-    const bool handled = QDialog::event(event);
-    switch (event->type()) {
-    case QEvent::FontChange:
-        adaptToFont();
-        break;
-    case QEvent::StyleChange:
-    case QEvent::LayoutDirectionChange:
-        fit();
-        break;
-    default:
-        break;
-    }
-    return handled;
 }
 
 void AlertSheet::showEvent(QShowEvent* event) {

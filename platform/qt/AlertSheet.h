@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/UserInterface.h"
+#include "platform/qt/FittedWindow.h"
 
 #include <QDialog>
 
@@ -16,7 +17,7 @@ namespace platform {
 class SheetButton;
 
 // One alert on the progress window. Its result, told by the finished signal, is the chosen button's code.
-class AlertSheet : public QDialog {
+class AlertSheet : public FittedWindow<QDialog> {
     Q_OBJECT
 
 public:
@@ -27,14 +28,13 @@ public:
     void reject() override;
 
 protected:
-    bool event(QEvent* event) override;
     void showEvent(QShowEvent* event) override;
 
 private:
     void addTexts(const Alert& alert);
     void addButtons(const std::vector<std::string>& titles);
-    void adaptToFont();
-    void fit();
+    void adaptToFont() final;
+    void fit() final;
     // Below the window's title bar, as far as the screen allows.
     void attachTo(const QWidget& window);
     // Wide titles go below each other.

@@ -59,19 +59,10 @@ void MainWindow::callForAttention() {
 }
 
 bool MainWindow::event(QEvent* event) {
-    const bool handled = QWidget::event(event);
-    switch (event->type()) {
-    case QEvent::FontChange:
-        adaptToFont();
-        break;
-    case QEvent::LayoutRequest:
-    case QEvent::StyleChange:
-    case QEvent::LayoutDirectionChange:
+    const bool handled = FittedWindow::event(event);
+    // A text has changed, perhaps into one with more lines.
+    if (event->type() == QEvent::LayoutRequest)
         fit();
-        break;
-    default:
-        break;
-    }
     return handled;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/UserInterface.h"
+#include "platform/qt/FittedWindow.h"
 
 #include <QWidget>
 
@@ -17,7 +18,7 @@ namespace platform {
 class ProgressBar;
 
 // The progress window. It never closes itself: whoever owns it ends the program.
-class MainWindow : public QWidget, public Window {
+class MainWindow : public FittedWindow<QWidget>, public Window {
     Q_OBJECT
 
 public:
@@ -48,8 +49,8 @@ protected:
 
 private:
     void addCommands();
-    void adaptToFont();
-    void fit();
+    void adaptToFont() final;
+    void fit() final;
 
     std::unique_ptr<Ui::MainInterface> ui_;
     QAction* helpAction_ = nullptr;
