@@ -117,8 +117,8 @@ void TXDownloadController::downloadFailed(const std::optional<foundation::Error>
         return;
     }
     // Removing a large file takes its time on a busy disk, in which the window has to go on answering.
-    platform::performInBackground(shared_from_this(), [error](TXDownloadController& self) {
-        self.removeTmpDirectoryForDownload();
+    platform::performInBackground(shared_from_this(), [error, url = *localURL](TXDownloadController& self) {
+        removeTmpDirectoryForDownload(url);
         platform::performOnMain(self.shared_from_this(),
                                 [error](TXDownloadController& failed) { failed.endWithFailure(error); });
     });
@@ -129,6 +129,6 @@ void TXDownloadController::endWithFailure(const std::optional<foundation::Error>
     delegate->downloadDidFailWithError(error);
 }
 
-void TXDownloadController::removeTmpDirectoryForDownload() const {
-    platform::current().fileChanges->removePrivateFolder(path::deletingLastPathComponent(localURL->absoluteString()));
+void TXDownloadController::removeTmpDirectoryForDownload(const foundation::URL& url) {
+    platform::current().fileChanges->removePrivateFolder(path::deletingLastPathComponent(url.absoluteString()));
 }

@@ -32,7 +32,7 @@ private:
     void downloadFailed(const std::optional<foundation::Error>& error);
     std::optional<foundation::URL> createTmpDirectoryForDownload() const;
     void endWithFailure(const std::optional<foundation::Error>& error);
-    void removeTmpDirectoryForDownload() const;
+    static void removeTmpDirectoryForDownload(const foundation::URL& url);
 
     bool _downloadInProgress = false;
     std::uint64_t _bytesReceived = 0;

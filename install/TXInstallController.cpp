@@ -149,17 +149,18 @@ void TXInstallController::launchFinished() {
 
 // Removing what a large product left behind takes its time on a busy disk, in which the window has to go on answering.
 void TXInstallController::endInstallation(Report report) {
-    platform::performInBackground(shared_from_this(), [report = std::move(report)](TXInstallController& self) {
-        self.removeTmpDirectoryForDownload();
-        platform::performOnMain(self.shared_from_this(), [report](TXInstallController& ended) {
-            ended._installInProgress = false;
-            report(*ended.delegate);
+    platform::performInBackground(
+        shared_from_this(), [report = std::move(report), url = *localURL](TXInstallController& self) {
+            removeTmpDirectoryForDownload(url);
+            platform::performOnMain(self.shared_from_this(), [report](TXInstallController& ended) {
+                ended._installInProgress = false;
+                report(*ended.delegate);
+            });
         });
-    });
 }
 
-void TXInstallController::removeTmpDirectoryForDownload() const {
-    platform::current().fileChanges->removePrivateFolder(path::deletingLastPathComponent(localURL->absoluteString()));
+void TXInstallController::removeTmpDirectoryForDownload(const foundation::URL& url) {
+    platform::current().fileChanges->removePrivateFolder(path::deletingLastPathComponent(url.absoluteString()));
 }
 
 void TXInstallController::schedule(Handler handler, std::optional<Error> error) {

@@ -38,7 +38,7 @@ private:
     void launchFinished();
     void launchFailed(const std::optional<foundation::Error>& error);
     void endInstallation(Report report);
-    void removeTmpDirectoryForDownload() const;
+    static void removeTmpDirectoryForDownload(const foundation::URL& url);
     void schedule(Handler handler, std::optional<foundation::Error> error);
     static void closeRunningProduct();
 
