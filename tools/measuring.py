@@ -1,6 +1,7 @@
 """Side-by-side measurements: what is taken in turn, round by round, is compared round by round."""
 from __future__ import annotations
 
+import os
 import statistics
 import subprocess
 import time
@@ -14,6 +15,7 @@ def measure(command, environment=None):
     """Runs the command; its seconds and its peak memory in MB. Raises CalledProcessError."""
     # A small program in between: a process's peak counts from before it was what it is, and this one is large.
     record = BENCH / "peak"
+    os.sync()  # what an earlier command has written is not to be waited for by this one
     start = time.monotonic()
     subprocess.run(["/usr/bin/time", "-f", "%M", "-o", str(record), *command], env=environment, check=True,
                    stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)

@@ -4,10 +4,11 @@ from __future__ import annotations
 import ctypes
 import select
 import time
-from typing import Optional
+from typing import Optional, Sequence
 
 # Of the root window: windows that come up, and what is sent to it.
 _NOTIFY_MASKS = 1 << 19 | 1 << 17
+_UNMAP_NOTIFY = 18
 _MAP_NOTIFY = 19
 _CLIENT_MESSAGE = 33
 
@@ -18,13 +19,13 @@ class _ClientMessage(ctypes.Structure):
                 ("format", ctypes.c_int), ("data", ctypes.c_long * 5)]
 
 
-class _Map(ctypes.Structure):
+class _Shown(ctypes.Structure):
     _fields_ = [("type", ctypes.c_int), ("serial", ctypes.c_ulong), ("sent", ctypes.c_int),
                 ("display", ctypes.c_void_p), ("event", ctypes.c_ulong), ("window", ctypes.c_ulong)]
 
 
 class _Event(ctypes.Union):
-    _fields_ = [("type", ctypes.c_int), ("client", _ClientMessage), ("map", _Map), ("room", ctypes.c_long * 24)]
+    _fields_ = [("type", ctypes.c_int), ("client", _ClientMessage), ("shown", _Shown), ("room", ctypes.c_long * 24)]
 
 
 # By default an answer to the last ping of a program that has just ended would end this one too.
@@ -73,13 +74,16 @@ class WindowWatch:
 
     def wait_for_window(self, seconds: float = 30) -> int:
         """The next window that comes on screen. Raises TimeoutError."""
-        event = self._next(_MAP_NOTIFY, time.monotonic() + seconds)
+        event = self._next([_MAP_NOTIFY], time.monotonic() + seconds)
         if event is None:
             raise TimeoutError("no window came up")
-        return event.map.window
+        return event.shown.window
 
     def ping(self, window: int, seconds: float = 30) -> Optional[float]:
-        """Asks the window's event loop, as window managers do; the seconds until it answered, None if it never did."""
+        """Asks the window's event loop, as window managers do; the seconds until it answered.
+
+        None if it never did, or if the window left the screen.
+        """
         self._serial += 1
         event = _Event()
         event.client.type, event.client.window, event.client.message_type = _CLIENT_MESSAGE, window, self._protocols
@@ -87,18 +91,20 @@ class WindowWatch:
         event.client.data[0], event.client.data[1], event.client.data[2] = self._ping, self._serial, window
         start = time.monotonic()
         self._x.XSendEvent(self._display, window, 0, 0, ctypes.byref(event))
-        while answer := self._next(_CLIENT_MESSAGE, start + seconds):
-            if answer.client.data[0] == self._ping and answer.client.data[1] == self._serial:
+        while answer := self._next([_CLIENT_MESSAGE, _UNMAP_NOTIFY], start + seconds):
+            if answer.type == _UNMAP_NOTIFY and answer.shown.window == window:
+                return None
+            if answer.type == _CLIENT_MESSAGE and list(answer.client.data)[:2] == [self._ping, self._serial]:
                 return time.monotonic() - start
         return None
 
-    def _next(self, kind: int, deadline: float) -> Optional[_Event]:
+    def _next(self, kinds: Sequence[int], deadline: float) -> Optional[_Event]:
         event = _Event()
         while True:
             self._x.XSync(self._display, 0)
             while self._x.XPending(self._display):
                 self._x.XNextEvent(self._display, ctypes.byref(event))
-                if event.type == kind:
+                if event.type in kinds:
                     return event
             left = deadline - time.monotonic()
             if left <= 0:
