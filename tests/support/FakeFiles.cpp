@@ -22,39 +22,17 @@ FakeFiles::Item& FakeFiles::add(const std::string& path, const Item& item) {
 }
 
 FakeFiles::Item* FakeFiles::item(const std::string& path) {
-    return at(placeOf(path));
-}
-
-FakeFiles::Item* FakeFiles::at(const std::string& place) {
-    const auto found = items_.find(place);
+    const auto found = items_.find(path);
     return found == items_.end() ? nullptr : &found->second;
 }
 
-// The path with the links in it replaced by what they name.
-std::string FakeFiles::resolved(std::string path) const {
-    for (std::size_t end = 1; end < path.size(); ++end) {
-        end = std::min(path.find('/', end), path.size());
-        const std::string prefix = path.substr(0, end);
-        const auto found = items_.find(prefix);
-        if (found == items_.end() || found->second.type != FileType::SymbolicLink)
-            continue;
-        const std::string& target = found->second.content;
-        const std::string folder = target.front() == '/' ? "" : path::deletingLastPathComponent(prefix);
-        path = path::appendingPathComponent(folder, target) + path.substr(end);
-        end = 0;
-    }
-    return path;
+FakeFiles::Item* FakeFiles::followed(const std::string& path) {
+    Item* found = item(path);
+    return found != nullptr && found->type == FileType::SymbolicLink ? item(found->content) : found;
 }
 
-// The item's own place: the links above it replaced, not itself.
-std::string FakeFiles::placeOf(const std::string& path) const {
-    if (path.empty() || path == "/")
-        return path;
-    return path::appendingPathComponent(resolved(path::deletingLastPathComponent(path)), path::lastPathComponent(path));
-}
-
-bool FakeFiles::folderTakesChanges(const std::string& place) {
-    const Item* folder = at(path::deletingLastPathComponent(place));
+bool FakeFiles::folderTakesChanges(const std::string& path) {
+    const Item* folder = item(path::deletingLastPathComponent(path));
     return folder != nullptr && folder->type == FileType::Directory && folder->writable;
 }
 
@@ -137,7 +115,7 @@ bool FakeFiles::createDirectory(const std::string& path, ErrorOut error) {
 
 bool FakeFiles::copyItem(const std::string& from, const std::string& to, ErrorOut error) {
     changes.push_back("copy " + from + " " + to);
-    const bool possible = has(from) && isVacant(placeOf(to));
+    const bool possible = has(from) && isVacant(to);
     if (!succeeds(Operation::Copy, from, error)) {
         if (possible)
             items_[to] = items_.at(from); // the beginning is left behind
@@ -150,17 +128,17 @@ bool FakeFiles::copyItem(const std::string& from, const std::string& to, ErrorOu
 
 bool FakeFiles::moveItem(const std::string& from, const std::string& to, ErrorOut /*error*/) {
     changes.push_back("move " + from + " " + to);
-    if (!has(from) || !isVacant(placeOf(to)))
+    if (!has(from) || !isVacant(to))
         return false;
-    moveTree(placeOf(from), placeOf(to));
+    moveTree(from, to);
     return true;
 }
 
 bool FakeFiles::removeItem(const std::string& path, ErrorOut error) {
     changes.push_back("remove " + path);
-    if (!succeeds(Operation::Remove, path, error) || !has(path) || !folderTakesChanges(placeOf(path)))
+    if (!succeeds(Operation::Remove, path, error) || !has(path) || !folderTakesChanges(path))
         return false;
-    removeTree(placeOf(path));
+    removeTree(path);
     return true;
 }
 

@@ -67,12 +67,10 @@ private:
     bool allows(const std::string& path, bool Item::*right);
     void copyTree(const std::string& from, const std::string& to);
     bool succeeds(Operation operation, const std::string& path, ErrorOut error);
-    std::string resolved(std::string path) const;
-    std::string placeOf(const std::string& path) const;
-    Item* at(const std::string& place);
-    Item* followed(const std::string& path) { return at(resolved(path)); }
-    bool folderTakesChanges(const std::string& place);
-    bool isVacant(const std::string& place) { return at(place) == nullptr && folderTakesChanges(place); }
+    // What a link at the path leads to, by its absolute target; else the item itself.
+    Item* followed(const std::string& path);
+    bool folderTakesChanges(const std::string& path);
+    bool isVacant(const std::string& path) { return !has(path) && folderTakesChanges(path); }
 
     std::map<std::string, Item> items_{{"/", {platform::FileType::Directory}}};
     std::set<std::pair<Operation, std::string>> failures_;
