@@ -8,8 +8,7 @@
 #include <optional>
 
 // Fetches the disk image into a fresh private folder of the user's temporary folder. The folder stays after success,
-// for the installation to remove, and is removed after a failure. Main thread, but for that
-// removal.
+// for the installation to remove, and is removed after a failure. Main thread, but for that removal.
 class TXDownloadController final : public TXDownloadStage,
                                    public platform::DownloadDelegate,
                                    public std::enable_shared_from_this<TXDownloadController> {

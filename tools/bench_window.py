@@ -50,6 +50,10 @@ def _wait_for_request(service, seconds=30):
     return service.requests[0].time
 
 
+def _figures(other):
+    return {f"window | {other}": "s", f"check request | {other}": "s", "  memory": "MB"}
+
+
 def bench_window(services, trial, rounds):
     """Start-up and memory, beside the bare window and beside one that makes a request over the same library."""
     services.image.faults.hang = True
@@ -68,10 +72,9 @@ def bench_window(services, trial, rounds):
 
     with VirtualDisplay() as display:
         environment = trial.environment(DISPLAY=display.display)
-        rows = lambda other: {f"window | {other}": "s", f"check request | {other}": "s", "  memory": "MB"}
-        side_by_side(rows("bare window"), lambda: start(trial.command(), environment),
+        side_by_side(_figures("bare window"), lambda: start(trial.command(), environment),
                      lambda: start([_BARE], environment, asks=False), rounds)
-        side_by_side(rows("bare window, request"), lambda: start(trial.command(), environment),
+        side_by_side(_figures("bare window, request"), lambda: start(trial.command(), environment),
                      lambda: start([_BARE_REQUEST, url], environment), rounds)
     services.image.faults.hang = False
 
