@@ -96,7 +96,8 @@ struct System {
     platform::PosixFileChanges fileChanges{{surroundings.processInfo.homeDirectory(),
                                             surroundings.processInfo.systemPath("/Applications"),
                                             surroundings.processInfo.temporaryDirectory()}};
-    platform::LinuxTransfers transfers{surroundings.bundles, threads, surroundings.console};
+    platform::LinuxTransfers transfers{surroundings.bundles.mainBundlePath() + "/Contents/PlugIns/Transfers.so",
+                                       threads, surroundings.console};
     platform::LinuxDiskImages diskImages{surroundings.bundles};
     platform::LinuxWorkspace workspace{surroundings.bundles, tasks, fileChanges, &platform::showInFileManager};
     platform::LinuxAuthorization authorization;

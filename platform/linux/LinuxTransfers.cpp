@@ -15,6 +15,27 @@ foundation::Error unavailable() {
                                               "The library for web transfers is missing.");
 }
 
+// A download that is asked for while the library is being loaded: keeps the destination until then.
+class AwaitedDownload final : public Download {
+public:
+    void setDestination(const std::optional<std::string>& path, bool allowOverwrite) override {
+        path_ = path;
+        allowOverwrite_ = allowOverwrite;
+    }
+
+    void begin(Transfers* transfers, const foundation::URL& url, const std::shared_ptr<DownloadDelegate>& delegate) {
+        const auto download = transfers != nullptr ? transfers->startDownload(url, delegate) : nullptr;
+        if (download)
+            download->setDestination(path_, allowOverwrite_);
+        else
+            delegate->downloadDidFailWithError(unavailable());
+    }
+
+private:
+    std::optional<std::string> path_;
+    bool allowOverwrite_ = false;
+};
+
 } // namespace
 
 std::optional<std::string> LinuxTransfers::dataWithContentsOfURL(const foundation::URL& url) {
@@ -24,16 +45,39 @@ std::optional<std::string> LinuxTransfers::dataWithContentsOfURL(const foundatio
 
 std::shared_ptr<Download> LinuxTransfers::startDownload(const foundation::URL& url,
                                                         std::shared_ptr<DownloadDelegate> delegate) {
-    Transfers* transfers = loaded();
-    return transfers != nullptr ? transfers->startDownload(url, std::move(delegate)) : nullptr;
+    if (ready_)
+        return transfers_ != nullptr ? transfers_->startDownload(url, std::move(delegate)) : nullptr;
+    auto download = std::make_shared<AwaitedDownload>();
+    whenLoaded([download, url, delegate = std::move(delegate)](Transfers* transfers) {
+        download->begin(transfers, url, delegate);
+    });
+    return download;
 }
 
 bool LinuxTransfers::startPost(const PostRequest& request, std::shared_ptr<ConnectionDelegate> delegate) {
-    Transfers* transfers = loaded();
-    if (transfers != nullptr)
-        return transfers->startPost(request, std::move(delegate));
-    threads_.performOnMain([delegate = std::move(delegate)] { delegate->connectionDidFailWithError(unavailable()); });
+    whenLoaded([this, request, delegate = std::move(delegate)](Transfers* transfers) {
+        if (transfers == nullptr || !transfers->startPost(request, delegate))
+            threads_.performOnMain([delegate] { delegate->connectionDidFailWithError(unavailable()); });
+    });
     return true;
+}
+
+void LinuxTransfers::whenLoaded(Use use) {
+    if (ready_)
+        return use(transfers_);
+    waiting_.push_back(std::move(use));
+    if (waiting_.size() > 1)
+        return;
+    threads_.performInBackground([this] {
+        loaded();
+        threads_.performOnMain([this] { runWaiting(); });
+    });
+}
+
+void LinuxTransfers::runWaiting() {
+    ready_ = true;
+    for (const auto& use : std::exchange(waiting_, {}))
+        use(transfers_);
 }
 
 Transfers* LinuxTransfers::loaded() {
@@ -42,14 +86,13 @@ Transfers* LinuxTransfers::loaded() {
 }
 
 Transfers* LinuxTransfers::load() {
-    const std::string path = bundles_.mainBundlePath() + "/Contents/PlugIns/Transfers.so";
-    void* library = ::dlopen(path.c_str(), RTLD_LAZY | RTLD_LOCAL);
+    void* library = ::dlopen(library_.c_str(), RTLD_LAZY | RTLD_LOCAL);
     const auto make =
         reinterpret_cast<MakeTransfers>(library == nullptr ? nullptr : ::dlsym(library, "TXMakeTransfers"));
     if (make != nullptr)
         return make(threads_);
     const char* reason = ::dlerror();
-    console_.log(std::string("No web transfers: ") + (reason != nullptr ? reason : path));
+    console_.log(std::string("No web transfers: ") + (reason != nullptr ? reason : library_));
     return nullptr;
 }
 

@@ -15,7 +15,7 @@
 namespace tests {
 
 // A main thread that runs what it was handed only when a test says so.
-class MainQueue final : public platform::Threads {
+class MainQueue : public platform::Threads {
 public:
     void performOnMain(std::function<void()> step) override { loop_.post(std::move(step)); }
     void performInBackground(std::function<void()> /*step*/) override {
