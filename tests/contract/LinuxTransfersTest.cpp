@@ -23,7 +23,6 @@ private:
     std::function<void()> step_;
 };
 
-// Never destroyed, as in the program: the library's thread goes on until the process ends.
 struct Program {
     explicit Program(const std::string& library) : transfers(library, threads, console) {}
 
@@ -34,12 +33,7 @@ struct Program {
 
 class LinuxTransfersTest : public TransfersTest {
 protected:
-    static Program& programWith(const std::string& library) {
-        static std::vector<Program*> programs;
-        return *programs.emplace_back(new Program(library));
-    }
-
-    std::shared_ptr<TransferNotes> startPost(Program& program, const std::string& url) {
+    static std::shared_ptr<TransferNotes> startPost(Program& program, const std::string& url) {
         auto notes = std::make_shared<TransferNotes>();
         EXPECT_TRUE(program.transfers.startPost({*foundation::URL::withString(url), "a", "b", "body"}, notes));
         EXPECT_EQ(notes->text, "");
@@ -68,7 +62,8 @@ TEST_F(LinuxTransfersTest, WhatIsAskedForEarlyWaitsForTheLibrary) {
     LoopbackServer server;
     server.answer("/log", answerOf("200 OK", "fine"));
     server.answer("/file", answerOf("200 OK", "12345"));
-    Program& program = programWith(TRANSFERS_LIBRARY);
+    // Never destroyed, as in the program: the library's thread goes on until the process ends.
+    static Program& program = *new Program(TRANSFERS_LIBRARY);
     const auto post = startPost(program, server.url("/log"));
     const auto download = startDownload(program, server.url("/file"));
     EXPECT_TRUE(server.requests().empty());
@@ -85,7 +80,7 @@ TEST_F(LinuxTransfersTest, WhatIsAskedForEarlyWaitsForTheLibrary) {
 
 TEST_F(LinuxTransfersTest, NothingIsTransferredWithoutTheLibrary) {
     const std::string url = "http://127.0.0.1/";
-    Program& program = programWith(folder_.path("missing.so"));
+    Program program(folder_.path("missing.so"));
     const auto post = startPost(program, url);
     const auto download = startDownload(program, url);
     program.threads.load();
