@@ -1,12 +1,11 @@
 #include "platform/qtcore/QtThreads.h"
 
-#include "platform/posix/PosixRunLoop.h"
 #include "platform/qtcore/StepQueue.h"
 
 #include <QSocketNotifier>
 
+#include <chrono>
 #include <system_error>
-#include <thread>
 #include <utility>
 
 namespace platform {
@@ -18,9 +17,13 @@ QtThreads::QtThreads()
       notifier_(std::make_unique<QSocketNotifier>(queue_->descriptor(), QSocketNotifier::Read)) {
     QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(),
                      [queue = queue_.get()] { queue->runNext(); });
+    starter_ = std::thread([this] { startThreads(); });
 }
 
-QtThreads::~QtThreads() = default;
+QtThreads::~QtThreads() {
+    starts_.post([this] { ended_ = true; });
+    starter_.join();
+}
 
 void QtThreads::performOnMain(std::function<void()> step) {
     queue_->add(std::move(step));
@@ -29,11 +32,18 @@ void QtThreads::performOnMain(std::function<void()> step) {
 void QtThreads::performInBackground(std::function<void()> step) {
     const auto shared = std::make_shared<std::function<void()>>(std::move(step));
     const auto run = [shared] { std::exchange(*shared, nullptr)(); };
-    try {
-        std::thread(run).detach();
-    } catch (const std::system_error&) {
-        performOnMain(run);
-    }
+    starts_.post([this, run] {
+        try {
+            std::thread(run).detach();
+        } catch (const std::system_error&) {
+            performOnMain(run);
+        }
+    });
+}
+
+void QtThreads::startThreads() {
+    while (!ended_)
+        starts_.runOnce(std::chrono::hours(1));
 }
 
 std::shared_ptr<RunLoop> QtThreads::makeRunLoop() {

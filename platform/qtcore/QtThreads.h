@@ -1,9 +1,11 @@
 #pragma once
 
 #include "platform/Threads.h"
+#include "platform/posix/PosixRunLoop.h"
 
 #include <functional>
 #include <memory>
+#include <thread>
 
 class QSocketNotifier;
 
@@ -28,8 +30,15 @@ public:
     std::shared_ptr<RunLoop> makeRunLoop() override;
 
 private:
+    void startThreads();
+
     std::unique_ptr<StepQueue> queue_;
     std::unique_ptr<QSocketNotifier> notifier_;
+    // While a library is being loaded, whoever starts a thread waits for that. So a thread of its own starts all
+    // others.
+    PosixRunLoop starts_;
+    bool ended_ = false;
+    std::thread starter_;
 };
 
 } // namespace platform
