@@ -29,7 +29,10 @@ std::optional<std::string> contentsOfFile(const foundation::URL& url, std::size_
 } // namespace
 
 CurlTransfers::CurlTransfers(Threads& threads, const TransferLimits& limits)
-    : context_(new TransferContext{threads, {limits, TrustedCertificates::ofSystemAndEnvironment()}, nullptr, {}}) {}
+    : context_(new TransferContext{threads, {limits, TrustedCertificates::ofSystemAndEnvironment()}, nullptr, {}}) {
+    // Takes its time the first time, and should not be waited for by whoever asks for the first transfer.
+    CurlLibrary::initialize();
+}
 
 CurlTransfers::~CurlTransfers() {
     // Then the thread may be anywhere, and the process takes everything with it.
