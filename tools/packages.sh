@@ -1,7 +1,7 @@
 # Sourced by the scripts at the top of the tree: puts the Debian packages in place that they need.
 
 build_packages="g++ cmake ninja-build qt6-base-dev libcurl4-openssl-dev"
-run_packages="7zip python3 openssl ca-certificates xdg-utils"
+run_packages="7zip python3 openssl ca-certificates xdg-utils qt6-translations-l10n"
 test_packages="libgtest-dev libssl-dev qt6-svg-dev xvfb xauth xdotool openbox at-spi2-core dbus sudo"
 check_packages="clang-format-14 clang-tidy-14 libclang-rt-14-dev"
 

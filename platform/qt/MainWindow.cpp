@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QScreen>
+#include <QWindow>
 
 #include <algorithm>
 
@@ -48,6 +49,9 @@ ProgressBar& MainWindow::progressIndicator() {
 void MainWindow::showCentred() {
     fit();
     move(screen()->availableGeometry().center() - rect().center());
+    // Reads the cursor's files now: on a busy disk a window that is on screen already could not answer meanwhile.
+    create();
+    windowHandle()->setCursor(Qt::ArrowCursor);
     show();
 }
 

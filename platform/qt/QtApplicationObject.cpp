@@ -22,10 +22,16 @@ QtApplicationObject::QtApplicationObject(const QtInterfaceOptions& options)
 }
 
 void QtApplicationObject::showStandardTexts(const QString& language) {
-    auto* translator = new QTranslator(QCoreApplication::instance());
-    if (translator->load(QLocale(language), "qtbase", "_", QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
-        QCoreApplication::installTranslator(translator);
+    const QLocale locale(language);
+    if (locale.language() == QLocale::English) {
+        return;
     }
+    auto* translator = new QTranslator(&application_);
+    textsReader_ = std::jthread([translator, locale] {
+        if (translator->load(locale, "qtbase", "_", QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
+            QMetaObject::invokeMethod(translator, [translator] { QCoreApplication::installTranslator(translator); });
+        }
+    });
 }
 
 } // namespace platform

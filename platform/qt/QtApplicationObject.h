@@ -6,6 +6,7 @@
 
 #include <array>
 #include <string>
+#include <thread>
 
 namespace platform {
 
@@ -14,8 +15,8 @@ class QtApplicationObject {
 public:
     explicit QtApplicationObject(const QtInterfaceOptions& options);
 
-    // Has Qt's own texts, such as those of a text's menu, in the language. Reads a file.
-    static void showStandardTexts(const QString& language);
+    // Has Qt's own texts, such as those of a text's menu, in the language, as soon as they are read.
+    void showStandardTexts(const QString& language);
 
 private:
     // Qt keeps references to both. The command line holds the program's name alone, because Qt would take the options
@@ -24,6 +25,8 @@ private:
     int argumentCount_ = 1;
     std::array<char*, 2> arguments_;
     QApplication application_;
+    // Looks for files, which takes its time on a busy disk.
+    std::jthread textsReader_;
 };
 
 } // namespace platform

@@ -23,8 +23,7 @@ void QtMainInterface::start(Application& application, ApplicationDelegate& deleg
     quitSignals_.emplace([&application] { application.terminate(); });
     window_.showCentred();
     // Only alerts have texts of Qt's own, so the window need not wait for them.
-    const auto showTexts = [this] { QtApplicationObject::showStandardTexts(language_); };
-    QMetaObject::invokeMethod(&window_, showTexts, Qt::QueuedConnection);
+    applicationObject_.showStandardTexts(language_);
 }
 
 void QtMainInterface::connectCommands(Application& application, ApplicationDelegate& delegate) {

@@ -138,6 +138,12 @@ TEST_F(AlertTest, TextsArePlainAndCanBeCopied) {
     EXPECT_EQ(QApplication::clipboard()->text(), "line 1\nline 2 & <i>more</i>");
 }
 
+TEST_F(AlertTest, TheMenuOfATextIsInTheLanguage) {
+    start("fr");
+    const auto entry = [] { return QCoreApplication::translate("QWidgetTextControl", "Select All"); };
+    EXPECT_TRUE(QTest::qWaitFor([&] { return entry() == "Tout sélectionner"; })) << entry().toStdString();
+}
+
 TEST_F(AlertTest, KindsLookDifferent) {
     start();
     const auto icon = [this](AlertStyle style) {
