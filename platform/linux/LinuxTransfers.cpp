@@ -12,7 +12,7 @@ using MakeTransfers = Transfers* (*)(Threads&);
 
 foundation::Error unavailable() {
     return foundation::Error::withDescription(foundation::urlErrorDomain, URLErrorCode::unknown,
-                                              "The library for web transfers is missing.");
+                                              "Web transfers are not available.");
 }
 
 // A download that is asked for while the library is being loaded: keeps the destination until then.
@@ -55,6 +55,8 @@ std::shared_ptr<Download> LinuxTransfers::startDownload(const foundation::URL& u
 }
 
 bool LinuxTransfers::startPost(const PostRequest& request, std::shared_ptr<ConnectionDelegate> delegate) {
+    if (ready_ && transfers_ != nullptr)
+        return transfers_->startPost(request, std::move(delegate));
     whenLoaded([this, request, delegate = std::move(delegate)](Transfers* transfers) {
         if (transfers == nullptr || !transfers->startPost(request, delegate))
             threads_.performOnMain([delegate] { delegate->connectionDidFailWithError(unavailable()); });

@@ -21,8 +21,8 @@ QtApplicationObject::QtApplicationObject(const QtInterfaceOptions& options)
     Accessibility::install();
 }
 
-void QtApplicationObject::showStandardTexts(const QString& language) {
-    const QLocale locale(language);
+void QtApplicationObject::showStandardTexts() {
+    const QLocale locale;
     if (locale.language() == QLocale::English) {
         return;
     }

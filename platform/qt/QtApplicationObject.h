@@ -15,8 +15,8 @@ class QtApplicationObject {
 public:
     explicit QtApplicationObject(const QtInterfaceOptions& options);
 
-    // Has Qt's own texts, such as those of a text's menu, in the language, as soon as they are read.
-    void showStandardTexts(const QString& language);
+    // Has Qt's own texts, such as those of a text's menu, in the program's language, as soon as they are read.
+    void showStandardTexts();
 
 private:
     // Qt keeps references to both. The command line holds the program's name alone, because Qt would take the options

@@ -4,8 +4,7 @@
 
 namespace platform {
 
-QtMainInterface::QtMainInterface(const QtInterfaceOptions& options)
-    : language_(QString::fromStdString(options.language)), applicationObject_(options), alerts_(window_) {
+QtMainInterface::QtMainInterface(const QtInterfaceOptions& options) : applicationObject_(options), alerts_(window_) {
     QObject::connect(&window_.progressIndicator(), &ProgressBar::stateShown, &window_, [this] { showOnLauncher(); });
     // The program ends without destroying anything, and tidies up for a moment in which the window could not answer.
     QObject::connect(qApp, &QApplication::aboutToQuit, &window_, [this] {
@@ -23,7 +22,7 @@ void QtMainInterface::start(Application& application, ApplicationDelegate& deleg
     quitSignals_.emplace([&application] { application.terminate(); });
     window_.showCentred();
     // Only alerts have texts of Qt's own, so the window need not wait for them.
-    applicationObject_.showStandardTexts(language_);
+    applicationObject_.showStandardTexts();
 }
 
 void QtMainInterface::connectCommands(Application& application, ApplicationDelegate& delegate) {

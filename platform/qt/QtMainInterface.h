@@ -26,7 +26,6 @@ private:
     void connectCommands(Application& application, ApplicationDelegate& delegate);
     void showOnLauncher();
 
-    QString language_;
     QtApplicationObject applicationObject_;
     MainWindow window_;
     AlertQueue alerts_;

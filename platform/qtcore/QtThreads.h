@@ -34,8 +34,8 @@ private:
 
     std::unique_ptr<StepQueue> queue_;
     std::unique_ptr<QSocketNotifier> notifier_;
-    // While a library is being loaded, whoever starts a thread waits for that. So a thread of its own starts all
-    // others.
+    // While a library is being loaded, whoever starts a thread waits for that; so the main thread has it done by
+    // another.
     PosixRunLoop starts_;
     bool ended_ = false;
     std::thread starter_;
