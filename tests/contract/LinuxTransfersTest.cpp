@@ -10,50 +10,27 @@ namespace tests {
 
 namespace {
 
-// Keeps the loading until the test lets it begin.
-class HeldLoading final : public MainQueue {
-public:
-    void performInBackground(std::function<void()> step) override {
-        EXPECT_EQ(step_, nullptr) << "the library is loaded once";
-        step_ = std::move(step);
-    }
-    void load() { std::thread(step_).join(); }
-
-private:
-    std::function<void()> step_;
-};
-
-struct Program {
-    explicit Program(const std::string& library) : transfers(library, threads, console) {}
-
-    HeldLoading threads;
-    FakeConsole console;
-    platform::LinuxTransfers transfers;
-};
-
 class LinuxTransfersTest : public TransfersTest {
 protected:
-    static std::shared_ptr<TransferNotes> startPost(Program& program, const std::string& url) {
-        auto notes = std::make_shared<TransferNotes>();
-        EXPECT_TRUE(program.transfers.startPost({*foundation::URL::withString(url), "a", "b", "body"}, notes));
-        EXPECT_EQ(notes->text, "");
-        return notes;
+    // Never destroyed, as in the program: the library's thread goes on until the process ends.
+    void use(const std::string& library) {
+        static auto& all = *new std::vector<platform::LinuxTransfers*>;
+        linuxTransfers_ = all.emplace_back(new platform::LinuxTransfers(library, main_, console_));
     }
+    platform::Transfers& transfers() override { return *linuxTransfers_; }
 
-    std::shared_ptr<TransferNotes> startDownload(Program& program, const std::string& url) {
-        auto notes = std::make_shared<TransferNotes>();
-        const auto download = program.transfers.startDownload(*foundation::URL::withString(url), notes);
-        if (!download)
-            return nullptr;
-        download->setDestination(folder_.path("file"), true);
-        EXPECT_EQ(notes->text, "");
-        return notes;
-    }
+    void load() { std::thread(std::exchange(main_.background, nullptr)).join(); }
 
-    static std::string messages(Program& program, const std::shared_ptr<TransferNotes>& notes) {
-        EXPECT_TRUE(program.threads.runUntil([&] { return notes->ended; }));
+    // The messages of a transfer that has been begun.
+    std::string messages(const std::shared_ptr<TransferNotes>& notes) {
+        EXPECT_TRUE(main_.runUntil([&] { return notes->ended; }));
         return notes->text;
     }
+
+    FakeConsole console_;
+
+private:
+    platform::LinuxTransfers* linuxTransfers_ = nullptr;
 };
 
 } // namespace
@@ -62,36 +39,39 @@ TEST_F(LinuxTransfersTest, WhatIsAskedForEarlyWaitsForTheLibrary) {
     LoopbackServer server;
     server.answer("/log", answerOf("200 OK", "fine"));
     server.answer("/file", answerOf("200 OK", "12345"));
-    // Never destroyed, as in the program: the library's thread goes on until the process ends.
-    static Program& program = *new Program(TRANSFERS_LIBRARY);
-    const auto post = startPost(program, server.url("/log"));
-    const auto download = startDownload(program, server.url("/file"));
+    use(TRANSFERS_LIBRARY);
+    const auto early = startPost(server.url("/log"));
+    const auto earlyDownload = startDownload(server.url("/file"));
+    EXPECT_EQ(early->text + earlyDownload->text, "");
     EXPECT_TRUE(server.requests().empty());
 
-    program.threads.load();
-    EXPECT_EQ(messages(program, post), "response data finish ");
-    EXPECT_EQ(messages(program, download), "response 5 data finish ");
+    load();
+    EXPECT_EQ(messages(early), "response data finish ");
+    EXPECT_EQ(messages(earlyDownload), "response 5 data finish ");
     EXPECT_EQ(folder_.read("file"), "12345");
 
-    EXPECT_EQ(program.transfers.dataWithContentsOfURL(*foundation::URL::withString(server.url("/log"))), "fine");
-    EXPECT_EQ(messages(program, startPost(program, server.url("/log"))), "response data finish ");
-    EXPECT_EQ(messages(program, startDownload(program, server.url("/file"))), "response 5 data finish ");
+    EXPECT_EQ(fetch(server.url("/log")), "fine");
+    EXPECT_EQ(post(server.url("/log"))->text, "response data finish ");
+    EXPECT_EQ(download(server.url("/file"))->text, "response 5 data finish ");
 }
 
 TEST_F(LinuxTransfersTest, NothingIsTransferredWithoutTheLibrary) {
     const std::string url = "http://127.0.0.1/";
-    Program program(folder_.path("missing.so"));
-    const auto post = startPost(program, url);
-    const auto download = startDownload(program, url);
-    program.threads.load();
-    EXPECT_EQ(messages(program, post), failure(platform::URLErrorCode::unknown));
-    EXPECT_EQ(messages(program, download), failure(platform::URLErrorCode::unknown));
+    use(folder_.path("missing.so"));
+    const auto early = startPost(url);
+    const auto earlyDownload = startDownload(url);
+    EXPECT_EQ(early->text + earlyDownload->text, "");
+    load();
+    EXPECT_EQ(messages(early), failure(platform::URLErrorCode::unknown));
+    EXPECT_EQ(messages(earlyDownload), failure(platform::URLErrorCode::unknown));
 
-    EXPECT_EQ(program.transfers.dataWithContentsOfURL(*foundation::URL::withString(url)), std::nullopt);
-    EXPECT_EQ(messages(program, startPost(program, url)), failure(platform::URLErrorCode::unknown));
-    EXPECT_EQ(startDownload(program, url), nullptr);
-    ASSERT_EQ(program.console.messages.size(), 1U);
-    EXPECT_TRUE(program.console.messages.front().starts_with("No web transfers: "));
+    EXPECT_EQ(fetch(url), std::nullopt);
+    const auto late = startPost(url);
+    EXPECT_EQ(late->text, "");
+    EXPECT_EQ(messages(late), failure(platform::URLErrorCode::unknown));
+    EXPECT_EQ(transfers().startDownload(*foundation::URL::withString(url), late), nullptr);
+    ASSERT_EQ(console_.messages.size(), 1U);
+    EXPECT_TRUE(console_.messages.front().starts_with("No web transfers: "));
 }
 
 } // namespace tests

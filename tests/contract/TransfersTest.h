@@ -15,12 +15,10 @@
 namespace tests {
 
 // A main thread that runs what it was handed only when a test says so.
-class MainQueue : public platform::Threads {
+class MainQueue final : public platform::Threads {
 public:
     void performOnMain(std::function<void()> step) override { loop_.post(std::move(step)); }
-    void performInBackground(std::function<void()> /*step*/) override {
-        ADD_FAILURE() << "transfers have a thread of their own";
-    }
+    void performInBackground(std::function<void()> step) override { background = std::move(step); }
     std::shared_ptr<platform::RunLoop> makeRunLoop() override { return nullptr; }
 
     // Runs the steps as they come until the condition holds; false after a time that no test needs.
@@ -31,6 +29,8 @@ public:
         }
         return true;
     }
+
+    std::function<void()> background; // waits for the test
 
 private:
     platform::PosixRunLoop loop_;
@@ -88,8 +88,10 @@ private:
 // The real transfers with a manual main thread and an empty folder.
 class TransfersTest : public testing::Test {
 protected:
+    void TearDown() override { EXPECT_EQ(main_.background, nullptr) << "transfers have a thread of their own"; }
+
     // The transfers, made at the first call with the limits set by then.
-    platform::CurlTransfers& transfers() {
+    virtual platform::Transfers& transfers() {
         if (!transfers_)
             transfers_ = std::make_unique<platform::CurlTransfers>(main_, limits_);
         return *transfers_;
@@ -110,11 +112,16 @@ protected:
         return notes;
     }
 
-    // A whole request.
-    std::shared_ptr<TransferNotes> post(const std::string& url, const std::string& body = "a=b") {
+    std::shared_ptr<TransferNotes> startPost(const std::string& url, const std::string& body = "a=b") {
         auto notes = std::make_shared<TransferNotes>();
         const platform::PostRequest request{*foundation::URL::withString(url), "content-type", "text/x-test", body};
         EXPECT_TRUE(transfers().startPost(request, notes));
+        return notes;
+    }
+
+    // A whole request.
+    std::shared_ptr<TransferNotes> post(const std::string& url, const std::string& body = "a=b") {
+        auto notes = startPost(url, body);
         EXPECT_TRUE(main_.runUntil([&] { return notes->ended; })) << url;
         return notes;
     }
