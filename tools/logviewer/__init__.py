@@ -1,0 +1,1 @@
+"""Reads journals of posted events and shows them as runs and as a funnel."""

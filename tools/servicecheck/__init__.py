@@ -1,0 +1,1 @@
+"""Asks the web services as the installer does, and judges what they answer."""
