@@ -1,0 +1,154 @@
+#include "platform/cocoa/SessionDelegate.h"
+
+#include "foundation/URL.h"
+#include "platform/Transfers.h"
+#include "platform/cocoa/CocoaText.h"
+#include "platform/transfers/SourceURL.h"
+
+#include <string_view>
+#include <utility>
+
+namespace platform {
+
+void SessionTasks::add(NSUInteger task, std::unique_ptr<transfers::Sink> sink) {
+    const auto entry = std::make_shared<Entry>();
+    entry->sink = std::move(sink);
+    const std::lock_guard lock(mutex_);
+    entries_[task] = entry;
+}
+
+std::shared_ptr<SessionTasks::Entry> SessionTasks::find(NSUInteger task) {
+    const std::lock_guard lock(mutex_);
+    const auto found = entries_.find(task);
+    return found == entries_.end() ? nullptr : found->second;
+}
+
+std::shared_ptr<SessionTasks::Entry> SessionTasks::take(NSUInteger task) {
+    const std::lock_guard lock(mutex_);
+    auto node = entries_.extract(task);
+    return node.empty() ? nullptr : std::move(node.mapped());
+}
+
+void SessionTasks::clear() {
+    std::map<NSUInteger, std::shared_ptr<Entry>> entries;
+    const std::lock_guard lock(mutex_);
+    entries.swap(entries_);
+}
+
+namespace {
+
+using transfers::TransferFailure;
+
+std::string textOf(NSURL* url) {
+    return fromNSString([url absoluteString]);
+}
+
+// Why a redirect may not be followed; nothing when it may.
+std::optional<TransferFailure> redirectFailure(SessionTasks::Entry& entry, long limit, NSURL* from, NSURL* to) {
+    const auto target = foundation::URL::withString(textOf(to));
+    if (!target || transfers::webURLFailure(*target) ||
+        (transfers::isSecure(textOf(from)) && !transfers::isSecure(textOf(to))))
+        return transfers::redirectFailure();
+    if (++entry.redirects > limit)
+        return transfers::redirectCountFailure();
+    return std::nullopt;
+}
+
+// Why the task ended; nothing when its answer is complete or its sink wanted no more of it.
+std::optional<TransferFailure> failureOf(const SessionTasks::Entry& entry, NSError* error) {
+    if (entry.stopped)
+        return entry.failure;
+    if (error == nil)
+        return std::nullopt;
+    const bool isOfLoading = [[error domain] isEqualToString:NSURLErrorDomain];
+    return TransferFailure{isOfLoading ? std::int64_t{[error code]} : URLErrorCode::unknown,
+                           fromNSString([error localizedDescription]),
+                           fromNSString([error domain]) + " " + std::to_string([error code])};
+}
+
+} // namespace
+
+} // namespace platform
+
+using platform::SessionTasks;
+
+@implementation TXSessionDelegate
+
+- (instancetype)initWithTasks:(std::shared_ptr<SessionTasks>)tasks {
+    self = [super init];
+    if (self != nil)
+        tasks_ = new std::shared_ptr<SessionTasks>(std::move(tasks));
+    return self;
+}
+
+- (void)dealloc {
+    delete tasks_;
+    [super dealloc];
+}
+
+- (void)URLSession:(NSURLSession*)session
+                          task:(NSURLSessionTask*)task
+    willPerformHTTPRedirection:(NSHTTPURLResponse*)response
+                    newRequest:(NSURLRequest*)request
+             completionHandler:(void (^)(NSURLRequest*))completionHandler {
+    (void)session;
+    const auto entry = (*tasks_)->find([task taskIdentifier]);
+    const auto failure =
+        entry ? platform::redirectFailure(*entry, (*tasks_)->redirectLimit(), [response URL], [request URL])
+              : std::nullopt;
+    if (failure) {
+        entry->failure = failure;
+        entry->stopped = true;
+    }
+    const bool goesOn = entry && !failure;
+    if (!goesOn)
+        [task cancel];
+    completionHandler(goesOn ? request : nil);
+}
+
+- (void)URLSession:(NSURLSession*)session
+              dataTask:(NSURLSessionDataTask*)task
+    didReceiveResponse:(NSURLResponse*)response
+     completionHandler:(void (^)(NSURLSessionResponseDisposition))completionHandler {
+    (void)session;
+    const auto entry = (*tasks_)->find([task taskIdentifier]);
+    const long status = [response isKindOfClass:[NSHTTPURLResponse class]]
+                            ? static_cast<long>([static_cast<NSHTTPURLResponse*>(response) statusCode])
+                            : 0;
+    if (entry && !entry->stopped)
+        entry->stopped = !entry->sink->respond(status, [response expectedContentLength]);
+    completionHandler(entry && !entry->stopped ? NSURLSessionResponseAllow : NSURLSessionResponseCancel);
+}
+
+- (void)URLSession:(NSURLSession*)session dataTask:(NSURLSessionDataTask*)task didReceiveData:(NSData*)data {
+    (void)session;
+    const auto entry = (*tasks_)->find([task taskIdentifier]);
+    // What was on its way already when the task was stopped.
+    if (!entry || entry->stopped)
+        return;
+    entry->stopped = !entry->sink->receive(std::string_view(static_cast<const char*>([data bytes]), [data length]));
+    if (entry->stopped)
+        [task cancel];
+}
+
+// The system decides on certificates. Nobody is asked for a password: the refusal is the answer then.
+- (void)URLSession:(NSURLSession*)session
+                   task:(NSURLSessionTask*)task
+    didReceiveChallenge:(NSURLAuthenticationChallenge*)challenge
+      completionHandler:(void (^)(NSURLSessionAuthChallengeDisposition, NSURLCredential*))completionHandler {
+    (void)session;
+    (void)task;
+    NSString* method = [[challenge protectionSpace] authenticationMethod];
+    const bool isAboutTrust = [method isEqualToString:NSURLAuthenticationMethodServerTrust];
+    completionHandler(isAboutTrust ? NSURLSessionAuthChallengePerformDefaultHandling
+                                   : NSURLSessionAuthChallengeRejectProtectionSpace,
+                      nil);
+}
+
+- (void)URLSession:(NSURLSession*)session task:(NSURLSessionTask*)task didCompleteWithError:(NSError*)error {
+    (void)session;
+    if (const auto entry = (*tasks_)->take([task taskIdentifier]))
+        entry->sink->end(platform::failureOf(*entry, error), platform::textOf([[task currentRequest] URL]));
+}
+
+@end
