@@ -3,5 +3,6 @@
 #include "telemetry/TXInstallerLogController.h"
 
 void logStep(const char* code) {
-    TXInstallerLogController::sharedTXInstallerLogController()->installerLogToServerWithCode(code);
+    if (const auto log = TXInstallerLogController::sharedTXInstallerLogController())
+        log->installerLogToServerWithCode(code);
 }

@@ -23,5 +23,5 @@ inline constexpr const char* storeOpened = "23.54";
 
 } // namespace StepCode
 
-// Posts an event without precisions to the log service.
+// Posts an event without precisions to the log service; nothing before the shared log controller is made.
 void logStep(const char* code);

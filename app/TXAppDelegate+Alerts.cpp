@@ -1,56 +1,20 @@
 #include "app/TXAppDelegate.h"
 
+#include "app/InstallerAlerts.h"
 #include "app/StepCode.h"
 #include "platform/Platform.h"
 #include "telemetry/Deployment.h"
 #include "ui/TXInstallWindowController.h"
-#include "ui/TXLocalizedString.h"
+
+#include <utility>
 
 using platform::Alert;
-using platform::AlertStyle;
 
 namespace {
 
 constexpr int firstButton = Alert::firstButtonReturn;
 constexpr int secondButton = Alert::firstButtonReturn + 1;
 constexpr int thirdButton = Alert::firstButtonReturn + 2;
-
-Alert makeAlert(AlertStyle style, const std::string& subject, const std::vector<std::string>& buttonKeys) {
-    Alert alert;
-    alert.style = style;
-    alert.messageText = TXLocalizedString(subject + "_TITLE");
-    alert.informativeText = TXLocalizedString(subject + "_DESCRIPTION");
-    for (const std::string& key : buttonKeys)
-        alert.buttons.push_back(TXLocalizedString(key));
-    return alert;
-}
-
-Alert quitWhileBusyAlert() {
-    Alert alert = makeAlert(AlertStyle::Warning, "MAC_LAUNCHER_INCOMPLETE_WARNING",
-                            {"MAC_LAUNCHER_INCOMPLETE_WARNING_CONTINUE", "MAC_LAUNCHER_INCOMPLETE_WARNING_QUIT"});
-    alert.escapeButton = 0;
-    alert.quitButton = 1;
-    return alert;
-}
-
-Alert failureAlert(const std::string& subject, bool offersManualDownload) {
-    std::vector<std::string> buttons;
-    if (offersManualDownload)
-        buttons.emplace_back("MAC_LAUNCHER_FAILED_WARNING_MANUAL_DONWLOAD");
-    buttons.emplace_back("MAC_LAUNCHER_FAILED_WARNING_QUIT");
-    Alert alert = makeAlert(AlertStyle::Critical, subject, buttons);
-    alert.escapeButton = alert.quitButton = buttons.size() - 1;
-    return alert;
-}
-
-Alert storeAlert(bool offersManualDownload) {
-    std::vector<std::string> buttons{"MAC_LAUNCHER_MACAPPSTORE_WARNING_OPEN", "MAC_LAUNCHER_MACAPPSTORE_WARNING_QUIT"};
-    if (offersManualDownload)
-        buttons.emplace_back("MAC_LAUNCHER_MACAPPSTORE_WARNING_MANUAL_DONWLOAD");
-    Alert alert = makeAlert(AlertStyle::Warning, "MAC_LAUNCHER_MACAPPSTORE_WARNING", buttons);
-    alert.escapeButton = alert.quitButton = 1;
-    return alert;
-}
 
 void openURL(const std::optional<foundation::URL>& url) {
     if (url)
@@ -59,8 +23,8 @@ void openURL(const std::optional<foundation::URL>& url) {
 
 } // namespace
 
-void TXAppDelegate::beginSheet(const Alert& alert, void (TXAppDelegate::*ended)(int returnCode)) {
-    platform::current().alerts->beginSheet(
+platform::SheetNumber TXAppDelegate::beginSheet(const Alert& alert, void (TXAppDelegate::*ended)(int returnCode)) {
+    return platform::current().alerts->beginSheet(
         alert, [self = shared_from_this(), ended](int returnCode) { (self.get()->*ended)(returnCode); });
 }
 
@@ -69,8 +33,13 @@ platform::TerminateReply TXAppDelegate::applicationShouldTerminate() {
                       (installController && installController->installInProgress());
     if (!busy)
         return platform::TerminateReply::Now;
-    beginSheet(quitWhileBusyAlert(), &TXAppDelegate::terminateAlertDidEnd);
+    _quitQuestion = beginSheet(InstallerAlerts::quitWhileBusy(), &TXAppDelegate::terminateAlertDidEnd);
     return platform::TerminateReply::Later;
+}
+
+void TXAppDelegate::endQuitQuestion() {
+    if (const auto question = std::exchange(_quitQuestion, std::nullopt))
+        platform::current().alerts->endSheet(*question, firstButton);
 }
 
 void TXAppDelegate::terminateAlertDidEnd(int returnCode) {
@@ -86,12 +55,14 @@ void TXAppDelegate::terminateAlertDidEnd(int returnCode) {
 }
 
 void TXAppDelegate::showFailureOnCheck(bool onCheck, bool onDownload, bool /*onInstall*/) {
-    std::string subject = "MAC_LAUNCHER_FAILED_INSTALL";
+    using InstallerAlerts::FailedStage;
+    FailedStage stage = FailedStage::Install;
     if (onDownload)
-        subject = "MAC_LAUNCHER_FAILED_DOWNLOAD";
+        stage = FailedStage::Download;
     if (onCheck)
-        subject = "MAC_LAUNCHER_FAILED_CHECK";
-    beginSheet(failureAlert(subject, !onCheck && _directURL), &TXAppDelegate::errorAlertDidEnd);
+        stage = FailedStage::Check;
+    endQuitQuestion();
+    beginSheet(InstallerAlerts::failure(stage, !onCheck && _directURL), &TXAppDelegate::errorAlertDidEnd);
 }
 
 void TXAppDelegate::errorAlertDidEnd(int returnCode) {
@@ -108,7 +79,8 @@ void TXAppDelegate::showMacAppStoreWarning() {
     logStep(StepCode::storeEditionPresent);
     windowController->installDidEnd();
     stopInstall();
-    beginSheet(storeAlert(_directURL.has_value()), &TXAppDelegate::macAppStoreAlertDidEnd);
+    endQuitQuestion();
+    beginSheet(InstallerAlerts::storeEdition(_directURL.has_value()), &TXAppDelegate::macAppStoreAlertDidEnd);
 }
 
 void TXAppDelegate::macAppStoreAlertDidEnd(int returnCode) {

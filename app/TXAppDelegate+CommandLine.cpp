@@ -1,6 +1,6 @@
 #include "app/TXAppDelegate.h"
 
-#include "foundation/Text.h"
+#include "foundation/MessageText.h"
 #include "platform/Platform.h"
 #include "telemetry/TXInstallerConfig.h"
 

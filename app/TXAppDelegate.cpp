@@ -1,12 +1,17 @@
 #include "app/TXAppDelegate.h"
 
 #include "app/StepCode.h"
-#include "foundation/Text.h"
+#include "foundation/MessageText.h"
+#include "foundation/PathString.h"
+#include "foundation/Unicode.h"
 #include "platform/Platform.h"
+#include "telemetry/Deployment.h"
 #include "telemetry/TXInstallerConfig.h"
 #include "telemetry/TXInstallerLogController.h"
 #include "telemetry/TXInstallerTools.h"
 #include "ui/TXInstallWindowController.h"
+
+#include <algorithm>
 
 using foundation::format;
 using foundation::textOf;
@@ -23,13 +28,21 @@ void TXAppDelegate::applicationDidFinishLaunching() {
     std::optional<std::string> campaignID;
     bool autoStart = true;
     bool help = false;
-    parseArguments(platform::current().processInfo->arguments(), partnerName, partnerID, campaignID, autoStart, help);
+    // Made UTF-8 once and for all: the query, the events and the stored name then say the same.
+    std::vector<std::string> arguments = platform::current().processInfo->arguments();
+    std::transform(arguments.begin(), arguments.end(), arguments.begin(), foundation::makingValidUtf8);
+    parseArguments(arguments, partnerName, partnerID, campaignID, autoStart, help);
     TXInstallerConfig::setPartnerName(partnerName);
     TXInstallerConfig::setPartnerID(partnerID);
     TXInstallerConfig::setCampaignID(campaignID);
     TXInstallerConfig::setAutoStart(autoStart);
     if (help) {
         showHelpSectionForDeveloper();
+        platform::current().application->terminate();
+        return;
+    }
+    if (!isOnlyInstaller()) {
+        platform::current().console->log("The installer is already running.");
         platform::current().application->terminate();
         return;
     }
@@ -41,6 +54,17 @@ void TXAppDelegate::applicationDidFinishLaunching() {
         StepCode::launched,
         TXInstallerLogController::Precisions{{"silentInstall", "0"}, {"autoStart", autoStart ? "1" : "0"}}, true);
     startCheckAtURL(foundation::URL::withString(feedURL()));
+}
+
+// Two at a time would remove and replace each other's products.
+bool TXAppDelegate::isOnlyInstaller() {
+    platform::SingleInstance* instances = platform::current().singleInstance;
+    return instances == nullptr ||
+           instances->claim(foundation::path::deletingLastPathComponent(Deployment::applicationPath()),
+                            [weak = weak_from_this()] {
+                                if (const auto self = weak.lock())
+                                    self->windowController->window().orderFront();
+                            });
 }
 
 void TXAppDelegate::printSummary(bool autoStart) {
@@ -105,8 +129,8 @@ void TXAppDelegate::checkDidEndWithURL(const foundation::URL& url, const std::st
     const std::string suffix = "-dmg";
     const bool complete = withVersion.size() >= suffix.size() &&
                           withVersion.compare(withVersion.size() - suffix.size(), suffix.size(), suffix) == 0;
-    TXInstallerLogController::sharedTXInstallerLogController()->setVersion(complete ? withVersion
-                                                                                    : withVersion + suffix);
+    if (const auto log = TXInstallerLogController::sharedTXInstallerLogController())
+        log->setVersion(complete ? withVersion : withVersion + suffix);
     logStep(StepCode::checkDidEnd);
     windowController->checkDidEnd();
     stopCheck();
@@ -193,9 +217,9 @@ void TXAppDelegate::installerLogRequestDidFinish() {
 }
 
 void TXAppDelegate::terminateWhenLogged() {
-    if (_pendingRequests <= 0) {
+    endQuitQuestion();
+    if (_pendingRequests <= 0)
         platform::current().application->terminate();
-    } else {
+    else
         _terminateRequested = true;
-    }
 }

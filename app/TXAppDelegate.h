@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/TXFlowInterfaces.h"
+#include "flow/TXFlowInterfaces.h"
 #include "platform/Application.h"
 #include "platform/UserInterface.h"
 
@@ -79,7 +79,12 @@ public:
 
 private:
     static void printSummary(bool autoStart);
-    void beginSheet(const platform::Alert& alert, void (TXAppDelegate::*ended)(int returnCode));
+    // False when another installer of this user is at work on the applications folder.
+    bool isOnlyInstaller();
+    platform::SheetNumber beginSheet(const platform::Alert& alert, void (TXAppDelegate::*ended)(int returnCode));
+    // Nothing runs any more that the question whether to quit could be about: it ends as if the person had chosen to go
+    // on, and what the flow wants to do next does not wait for it.
+    void endQuitQuestion();
     // Quits once no event is in flight.
     void terminateWhenLogged();
 
@@ -90,5 +95,6 @@ private:
     std::shared_ptr<TXDownloadStage> downloadController;
     std::shared_ptr<TXInstallStage> installController;
     std::optional<foundation::URL> _directURL;
+    std::optional<platform::SheetNumber> _quitQuestion; // the last one; it may have been answered
     TXStageFactory stages;
 };

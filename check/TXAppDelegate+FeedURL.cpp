@@ -1,7 +1,7 @@
 #include "app/TXAppDelegate.h"
 
+#include "foundation/MessageText.h"
 #include "foundation/PercentEscape.h"
-#include "foundation/Text.h"
 #include "telemetry/Deployment.h"
 #include "telemetry/TXInstallerConfig.h"
 #include "telemetry/TXInstallerTools.h"
@@ -9,11 +9,11 @@
 namespace {
 
 std::string queryValue(const std::string& value) {
-    // Deliberate: "&" and "=" stay as they are, and a text beyond ASCII makes no value at all.
+    // Deliberate: "&" and "=" stay as they are, "#", "[" and "]" are escaped, and a text beyond ASCII is sent as
+    // "(null)".
     std::string escaped = foundation::textOf(foundation::addingPercentEscapes(value));
-    for (auto plus = escaped.find('+'); plus != std::string::npos; plus = escaped.find('+', plus)) {
+    for (auto plus = escaped.find('+'); plus != std::string::npos; plus = escaped.find('+', plus))
         escaped.replace(plus, 1, "%2B"); // services read a bare plus as a blank
-    }
     return escaped;
 }
 

@@ -20,14 +20,12 @@ bool TXCheckController::isLocalArchiveAt(const foundation::URL& url, const std::
     return inFolderNamed == path::lastPathComponent(path::deletingLastPathComponent(archive));
 }
 
-bool TXCheckController::checkIfLocalArchiveExists() {
+std::optional<TXCheckController::Outcome> TXCheckController::checkIfLocalArchiveExists() {
     const auto version = TXInstallerConfig::bundleVersion();
     const foundation::URL archive = localArchivePath();
     if (!isLocalArchiveAt(archive, version))
-        return false;
-    _downloadURL = archive;
-    _downloadVersion = version;
-    return true;
+        return std::nullopt;
+    return Outcome{archive, version, {}};
 }
 
 std::optional<std::string> TXCheckController::guessVersionFromURL(const std::optional<foundation::URL>& url) {

@@ -24,15 +24,20 @@ std::optional<std::string> textMember(const Value* object, const std::string& ke
 } // namespace
 
 TXCheckController::TXCheckController(std::shared_ptr<TXCheckControllerDelegate> withDelegate)
-    : delegate(std::move(withDelegate)) {}
+    : _delegate(std::move(withDelegate)) {}
 
 void TXCheckController::startCheckAtURL(const std::optional<foundation::URL>& url) {
     if (_checkInProgress)
         return;
-    feedURL = url;
-    delegate->checkWillStart();
+    _feedURL = url;
+    _delegate->checkWillStart();
     // Deliberate: the flag is set by the background step, so two starts in quick succession both run.
-    platform::performInBackground(shared_from_this(), [url](TXCheckController& self) { self.startCheck(url); });
+    const bool started = platform::performInBackground(shared_from_this(), [url](TXCheckController& self) {
+        self._checkInProgress = true;
+        self.scheduleEnd(startCheck(url));
+    });
+    if (!started)
+        scheduleEnd({{}, {}, platform::noThreadError()});
 }
 
 // Deliberate: a check that has begun runs to its end and delivers its result.
@@ -42,57 +47,54 @@ bool TXCheckController::checkInProgress() const {
     return _checkInProgress;
 }
 
-void TXCheckController::startCheck(const std::optional<foundation::URL>& url) {
-    _checkInProgress = true;
-    if (checkIfLocalArchiveExists())
-        return scheduleCheckFinished();
+TXCheckController::Outcome TXCheckController::startCheck(const std::optional<foundation::URL>& url) {
+    if (auto local = checkIfLocalArchiveExists())
+        return *local;
     const auto data = url ? platform::current().transfers->dataWithContentsOfURL(*url) : std::nullopt;
     if (!data || data->empty())
-        return scheduleCheckFailed(std::nullopt);
-    auto answer = foundation::parseJSON(*data);
-    if (auto* error = std::get_if<Error>(&answer))
-        return scheduleCheckFailed(std::move(*error));
-    readAnswer(std::get<Value>(answer));
+        return {};
+    const auto answer = foundation::parseJSON(*data);
+    return answer ? readAnswer(*answer) : Outcome{{}, {}, answer.error()};
 }
 
-void TXCheckController::readAnswer(const Value& answer) {
+TXCheckController::Outcome TXCheckController::readAnswer(const Value& answer) {
     const auto* object = answer.dictionary();
-    if (object == nullptr) {
-        return scheduleCheckFailed(
-            Error::withDescription(silentServiceDomain, 0, "The service's answer is not an object."));
-    }
+    if (object == nullptr)
+        return {{}, {}, Error::withDescription(silentServiceDomain, 0, "The service's answer is not an object.")};
     const Value* code = member(*object, "code");
     const std::int64_t number = code == nullptr ? 0 : code->integerValue();
-    if (number != successCode) {
-        return scheduleCheckFailed(
-            Error{textMember(&answer, "message").value_or(silentServiceDomain), number, *object});
-    }
+    if (number != successCode)
+        return {{}, {}, Error{textMember(&answer, "message").value_or(silentServiceDomain), number, *object}};
     const Value* content = member(*object, "content");
     const auto downloadText = textMember(content, "download_url");
-    _downloadURL = downloadText ? foundation::URL::withString(*downloadText) : std::nullopt;
-    _downloadVersion = textMember(content, "version");
-    if (!_downloadURL || !_downloadVersion)
-        return scheduleCheckFailed(std::nullopt);
-    scheduleCheckFinished();
+    return {
+        downloadText ? foundation::URL::withString(*downloadText) : std::nullopt, textMember(content, "version"), {}};
 }
 
-void TXCheckController::scheduleCheckFinished() {
-    platform::performOnMain(shared_from_this(), [](TXCheckController& self) { self.checkFinished(); });
+void TXCheckController::scheduleEnd(Outcome outcome) {
+    platform::performOnMain(
+        shared_from_this(), [outcome = std::move(outcome)](TXCheckController& self) { self.checkEnded(outcome); });
 }
 
-void TXCheckController::scheduleCheckFailed(std::optional<Error> error) {
-    platform::performOnMain(shared_from_this(),
-                            [error = std::move(error)](TXCheckController& self) { self.checkFailed(error); });
+void TXCheckController::checkEnded(const Outcome& outcome) {
+    // One part alone is kept as well.
+    if (outcome.downloadURL || outcome.downloadVersion) {
+        _downloadURL = outcome.downloadURL;
+        _downloadVersion = outcome.downloadVersion;
+        if (_downloadURL && _downloadVersion)
+            return checkFinished();
+    }
+    checkFailed(outcome.error);
 }
 
 void TXCheckController::checkFinished() {
     _checkInProgress = false;
-    feedURL.reset();
-    delegate->checkDidEndWithURL(*_downloadURL, *_downloadVersion);
+    _feedURL.reset();
+    _delegate->checkDidEndWithURL(*_downloadURL, *_downloadVersion);
 }
 
 void TXCheckController::checkFailed(const std::optional<Error>& error) {
     _checkInProgress = false;
-    feedURL.reset();
-    delegate->checkDidFailWithError(error);
+    _feedURL.reset();
+    _delegate->checkDidFailWithError(error);
 }

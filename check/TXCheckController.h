@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/TXFlowInterfaces.h"
+#include "flow/TXFlowInterfaces.h"
 
 #include <atomic>
 #include <memory>
@@ -17,6 +17,11 @@ public:
     void abortChecking() override;
     bool checkInProgress() const override;
 
+    const std::shared_ptr<TXCheckControllerDelegate>& delegate() const { return _delegate; }
+
+    // The address of the running check; absent otherwise.
+    const std::optional<foundation::URL>& feedURL() const { return _feedURL; }
+
     // What the last check found; kept after its end.
     const std::optional<foundation::URL>& downloadURL() const { return _downloadURL; }
     const std::optional<std::string>& downloadVersion() const { return _downloadVersion; }
@@ -31,18 +36,26 @@ public:
     static bool isLocalArchiveAt(const foundation::URL& url, const std::optional<std::string>& inFolderNamed);
 
 private:
-    void startCheck(const std::optional<foundation::URL>& url);
-    bool checkIfLocalArchiveExists();
-    void readAnswer(const foundation::Value& answer);
+    // What a background step found: both parts, or the error of a check that failed. It travels to the main thread as a
+    // whole, so that checks that overlap do not mix theirs.
+    struct Outcome {
+        std::optional<foundation::URL> downloadURL;
+        std::optional<std::string> downloadVersion;
+        std::optional<foundation::Error> error;
+    };
+
+    // The background step.
+    static Outcome startCheck(const std::optional<foundation::URL>& url);
+    static std::optional<Outcome> checkIfLocalArchiveExists();
+    static Outcome readAnswer(const foundation::Value& answer);
+    void checkEnded(const Outcome& outcome);
     void checkFinished();
     void checkFailed(const std::optional<foundation::Error>& error);
-    void scheduleCheckFinished();
-    void scheduleCheckFailed(std::optional<foundation::Error> error);
+    void scheduleEnd(Outcome outcome);
 
     std::atomic<bool> _checkInProgress = false;
-    std::shared_ptr<TXCheckControllerDelegate> delegate;
-    std::optional<foundation::URL> feedURL;
-    // Written by the background step before it schedules the end, read by the end alone.
+    std::shared_ptr<TXCheckControllerDelegate> _delegate;
+    std::optional<foundation::URL> _feedURL;
     std::optional<foundation::URL> _downloadURL;
     std::optional<std::string> _downloadVersion;
 };

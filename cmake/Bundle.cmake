@@ -8,9 +8,11 @@ endif()
 configure_file(${PROJECT_SOURCE_DIR}/resources/Info.plist.in "${bundle}/Info.plist" @ONLY)
 
 set_target_properties(TolvixInstaller PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${bundle}/MacOS")
-set_target_properties(hdiutil PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${bundle}/Helpers")
-set_target_properties(transfers_plugin PROPERTIES LIBRARY_OUTPUT_DIRECTORY "${bundle}/PlugIns")
-add_dependencies(TolvixInstaller hdiutil transfers_plugin)
+get_target_property(helpers platform_system TOLVIX_HELPERS)
+if(helpers)
+    set_target_properties(${helpers} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${bundle}/Helpers")
+    add_dependencies(TolvixInstaller ${helpers})
+endif()
 
 file(GLOB tables RELATIVE ${PROJECT_SOURCE_DIR}/resources CONFIGURE_DEPENDS
     ${PROJECT_SOURCE_DIR}/resources/*.lproj/Localizable.strings)
@@ -24,3 +26,24 @@ foreach(table IN LISTS tables)
     list(APPEND copied_tables "${bundle}/Resources/${table}")
 endforeach()
 add_custom_target(string_tables ALL DEPENDS ${copied_tables})
+
+# What only a Mac's Finder looks at.
+if(APPLE)
+    file(WRITE "${bundle}/PkgInfo" "APPL????")
+    find_package(Python3 REQUIRED COMPONENTS Interpreter)
+    set(pictures "")
+    foreach(size IN ITEMS 16 32 64 128 256)
+        list(APPEND pictures "${PROJECT_SOURCE_DIR}/platform/qt/icons/icon-${size}.png")
+    endforeach()
+    foreach(size IN ITEMS 512 1024)
+        list(APPEND pictures "${PROJECT_SOURCE_DIR}/platform/macos/icons/icon-${size}.png")
+    endforeach()
+    add_custom_command(
+        OUTPUT "${bundle}/Resources/Installer.icns"
+        COMMAND ${CMAKE_COMMAND} -E make_directory "${bundle}/Resources"
+        COMMAND Python3::Interpreter "${PROJECT_SOURCE_DIR}/tools/make_icns.py" "${bundle}/Resources/Installer.icns"
+            ${pictures}
+        DEPENDS "${PROJECT_SOURCE_DIR}/tools/make_icns.py" ${pictures}
+        VERBATIM)
+    add_custom_target(icon ALL DEPENDS "${bundle}/Resources/Installer.icns")
+endif()

@@ -1,7 +1,7 @@
 #include "download/TXDownloadController.h"
 
 #include "foundation/PathString.h"
-#include "platform/HandOver.h"
+#include "platform/Platform.h"
 
 #include <array>
 #include <cstdio>
@@ -28,12 +28,12 @@ std::string privateFolderName(double secondsSinceReferenceDate) {
 } // namespace
 
 TXDownloadController::TXDownloadController(std::shared_ptr<TXDownloadControllerDelegate> withDelegate)
-    : delegate(std::move(withDelegate)) {}
+    : _delegate(std::move(withDelegate)) {}
 
 void TXDownloadController::startDownloadArchiveAtURL(const foundation::URL& url) {
     if (_downloadInProgress)
         return;
-    remoteURL = url;
+    _remoteURL = url;
     startDownload();
 }
 
@@ -46,21 +46,23 @@ bool TXDownloadController::downloadInProgress() const {
 
 void TXDownloadController::startDownload() {
     _downloadInProgress = true;
-    localURL.reset();
-    URLDownload = platform::current().transfers->startDownload(*remoteURL, shared_from_this());
+    _localURL.reset();
+    _folderError.reset();
+    URLDownload = platform::current().transfers->startDownload(*_remoteURL, shared_from_this());
     if (!URLDownload) {
         downloadFailed(std::nullopt);
         return;
     }
-    localURL = createTmpDirectoryForDownload();
-    delegate->downloadWillStartAtURL(localURL);
-    const auto destination = localURL ? std::optional(localURL->absoluteString()) : std::nullopt;
+    _localURL = createTmpDirectoryForDownload();
+    _delegate->downloadWillStartAtURL(_localURL);
+    // Deliberate: without a place for the file the transfer ends before it asks the server, as a failure.
+    const auto destination = _localURL ? std::optional(_localURL->absoluteString()) : std::nullopt;
     URLDownload->setDestination(destination, true);
 }
 
-std::optional<foundation::URL> TXDownloadController::createTmpDirectoryForDownload() const {
+std::optional<foundation::URL> TXDownloadController::createTmpDirectoryForDownload() {
     platform::ProcessInfo& process = *platform::current().processInfo;
-    const std::string name = remoteURL->lastPathComponent();
+    const std::string name = _remoteURL->lastPathComponent();
     if (!isPlainFileName(name))
         return std::nullopt;
     const std::string folder = path::appendingPathComponent(process.temporaryDirectory(),
@@ -71,7 +73,7 @@ std::optional<foundation::URL> TXDownloadController::createTmpDirectoryForDownlo
     if (!url || url->absoluteString() != file)
         return std::nullopt;
     // A folder that is already there and is not this user's own is left alone, and nothing is written to it.
-    if (!platform::current().fileChanges->createDirectory(folder))
+    if (!platform::current().fileChanges->createDirectory(folder, &_folderError))
         return std::nullopt;
     return url;
 }
@@ -87,7 +89,7 @@ void TXDownloadController::downloadDidReceiveDataOfLength(std::uint64_t length) 
     // Zero announced and more sent would be no number at all.
     if (expected == unknownLength || expected == 0)
         return;
-    delegate->downloadProgress(static_cast<double>(_bytesReceived) / static_cast<double>(expected) * 100.0);
+    _delegate->downloadProgress(static_cast<double>(_bytesReceived) / static_cast<double>(expected) * 100.0);
 }
 
 bool TXDownloadController::downloadShouldDecodeSourceDataOfMIMEType(const std::string& /*type*/) {
@@ -98,37 +100,29 @@ void TXDownloadController::downloadDidFinish() {
     downloadFinished();
 }
 
+// Where there was no folder to write to, the reason for that says more than the transfer's own failure.
 void TXDownloadController::downloadDidFailWithError(const foundation::Error& error) {
-    downloadFailed(error);
+    downloadFailed(_folderError.value_or(error));
 }
 
 void TXDownloadController::downloadFinished() {
     _downloadInProgress = false;
     URLResponse.reset();
     URLDownload.reset();
-    delegate->downloadDidEndAtURL(*localURL);
+    _delegate->downloadDidEndAtURL(*_localURL);
 }
 
 void TXDownloadController::downloadFailed(const std::optional<foundation::Error>& error) {
+    _downloadInProgress = false;
     URLResponse.reset();
     URLDownload.reset();
-    if (!localURL) {
-        endWithFailure(error);
-        return;
+    removeTmpDirectoryForDownload();
+    _delegate->downloadDidFailWithError(error);
+}
+
+void TXDownloadController::removeTmpDirectoryForDownload() const {
+    if (_localURL) {
+        platform::current().fileChanges->removePrivateFolder(
+            path::deletingLastPathComponent(_localURL->absoluteString()));
     }
-    // Removing a large file takes its time on a busy disk, in which the window has to go on answering.
-    platform::performInBackground(shared_from_this(), [error, url = *localURL](TXDownloadController& self) {
-        removeTmpDirectoryForDownload(url);
-        platform::performOnMain(self.shared_from_this(),
-                                [error](TXDownloadController& failed) { failed.endWithFailure(error); });
-    });
-}
-
-void TXDownloadController::endWithFailure(const std::optional<foundation::Error>& error) {
-    _downloadInProgress = false;
-    delegate->downloadDidFailWithError(error);
-}
-
-void TXDownloadController::removeTmpDirectoryForDownload(const foundation::URL& url) {
-    platform::current().fileChanges->removePrivateFolder(path::deletingLastPathComponent(url.absoluteString()));
 }

@@ -1,8 +1,15 @@
 #include "foundation/Error.h"
 
-#include "foundation/Text.h"
+#include "foundation/MessageText.h"
 
 namespace foundation {
+
+namespace {
+
+// Domain, texts and information can be a server's whole answer.
+constexpr std::size_t longestDescription = 4096;
+
+} // namespace
 
 Error Error::withDescription(std::string domain, std::int64_t code, std::string text) {
     return {std::move(domain), code, {{localizedDescriptionKey, Value(std::move(text))}}};
@@ -17,17 +24,17 @@ std::string Error::description() const {
             break;
         }
     }
-    std::string text =
-        "Error Domain=" + visible(domain) + " Code=" + std::to_string(code) + " \"" + visible(quoted) + "\"";
-    if (userInfo.empty())
-        return text;
-    text += " UserInfo={";
-    const char* separator = "";
+    std::string text = "Error Domain=" + visible(clipped(domain, longestDescription)) +
+                       " Code=" + std::to_string(code) + " \"" + visible(clipped(quoted, longestDescription)) + "\"";
+    const char* separator = " UserInfo={";
     for (const auto& [key, value] : userInfo) {
-        text += separator + visible(key) + "=" + visible(value.description());
+        if (text.size() > longestDescription)
+            break;
+        text += separator + visible(clipped(key, longestDescription)) + "=";
+        text += value.oneLineDescription(longestDescription);
         separator = ", ";
     }
-    return text + "}";
+    return clipped(userInfo.empty() ? text : text + "}", longestDescription);
 }
 
 } // namespace foundation

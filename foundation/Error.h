@@ -25,7 +25,8 @@ struct Error {
     // An error whose only further information is `text`, for people.
     static Error withDescription(std::string domain, std::int64_t code, std::string text);
 
-    // One line for the console. Control bytes are shown as escapes, because domain and texts can come from a server.
+    // One line of about 4 KB at most for the console. Domain and information can come from a server: control bytes are
+    // shown as escapes, and an ellipsis stands for what is left out.
     std::string description() const;
 };
 

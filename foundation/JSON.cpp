@@ -1,9 +1,12 @@
 #include "foundation/JSON.h"
 
-#include "foundation/Text.h"
+#include "foundation/Unicode.h"
 
 #include <charconv>
-#include <cstdlib>
+#include <cmath>
+#include <limits>
+#include <locale>
+#include <sstream>
 
 namespace foundation {
 
@@ -21,12 +24,23 @@ Error readError(std::string text) {
     return cocoaError(readCorruptError, std::move(text));
 }
 
-// A strict reader over UTF-8. Every operation returns false, once `message` is set, at the first fault.
+// The number that the digits of a JSON number make; beyond the range it is infinite, or zero. Streams of the classic
+// locale read it, because the person's locale may have another decimal point and not every library has from_chars.
+double realNumber(std::string_view digits) {
+    std::istringstream stream{std::string(digits)};
+    stream.imbue(std::locale::classic());
+    double real = 0;
+    stream >> real;
+    const bool beyond = stream.fail() && std::abs(real) >= std::numeric_limits<double>::max();
+    return beyond ? std::copysign(std::numeric_limits<double>::infinity(), real) : real;
+}
+
+// A strict reader over UTF-8. At the first fault an operation sets the message and returns false.
 class Reader {
 public:
     explicit Reader(std::string_view text) : text_(text) {}
 
-    std::variant<Value, Error> document() {
+    Result<Value> document() {
         skipBlanks();
         if (!at('{') && !at('['))
             return readError("JSON text did not start with array or object.");
@@ -138,11 +152,10 @@ private:
                 return true;
             if (static_cast<unsigned char>(c) < 0x20)
                 return fail("Unescaped control character");
-            if (c != '\\') {
+            if (c != '\\')
                 text += c;
-            } else if (!readEscape(text)) {
+            else if (!readEscape(text))
                 return false;
-            }
         }
         return fail("Unterminated string");
     }
@@ -161,28 +174,21 @@ private:
     }
 
     bool readUnicodeEscape(std::string& text) {
-        std::uint32_t unit = 0;
-        if (!readUnit(unit))
-            return false;
-        if (unit >= 0xDC00 && unit < 0xE000)
-            return fail("Unpaired surrogate");
-        if (unit >= 0xD800 && unit < 0xDC00) {
-            std::uint32_t low = 0;
-            if (!takeWord("\\u") || !readUnit(low) || low < 0xDC00 || low >= 0xE000)
-                return fail("Unpaired surrogate");
-            unit = 0x10000 + ((unit - 0xD800) << 10U) + (low - 0xDC00);
-        }
-        appendUtf8(text, unit);
-        return true;
+        bool marked = true; // the first unit's mark is read already
+        const auto nextUnit = [&]() -> std::optional<char32_t> {
+            return std::exchange(marked, false) || takeWord("\\u") ? readUnit() : std::nullopt;
+        };
+        return appendUtf16(text, nextUnit) || fail("Unpaired surrogate");
     }
 
-    bool readUnit(std::uint32_t& unit) {
+    std::optional<char32_t> readUnit() {
+        std::uint32_t unit = 0;
         const std::string_view digits = text_.substr(position_, 4);
         const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), unit, 16);
         if (digits.size() != 4 || error != std::errc() || end != digits.data() + 4)
-            return fail("Invalid escape sequence");
+            return fail("Invalid escape sequence"), std::nullopt;
         position_ += 4;
-        return true;
+        return unit;
     }
 
     bool readNumber(Value& value) {
@@ -223,10 +229,7 @@ private:
         std::int64_t integer = 0;
         if (whole && std::from_chars(digits.data(), end, integer).ec == std::errc())
             return Value(integer);
-        double real = 0;
-        if (std::from_chars(digits.data(), end, real).ec == std::errc())
-            return Value(real);
-        return Value(std::strtod(std::string(digits).c_str(), nullptr)); // beyond the range: infinite or zero
+        return Value(realNumber(digits));
     }
 
     std::string_view text_;
@@ -242,20 +245,19 @@ void appendQuoted(std::string& json, std::string_view text) {
     for (const char c : text) {
         const auto byte = static_cast<unsigned char>(c);
         const auto index = escaped.find(c);
-        if (index != std::string_view::npos) {
+        if (index != std::string_view::npos)
             json += {'\\', names[index]};
-        } else if (byte < 0x20) {
+        else if (byte < 0x20)
             json += {'\\', 'u', '0', '0', digits[byte >> 4U], digits[byte & 0xFU]};
-        } else {
+        else
             json += c;
-        }
     }
     json += '"';
 }
 
 } // namespace
 
-std::variant<Value, Error> parseJSON(std::string_view bytes) {
+Result<Value> parseJSON(std::string_view bytes) {
     if (bytes.empty())
         return readError("No value.");
     const auto text = decodeUnicode(bytes);
@@ -264,12 +266,11 @@ std::variant<Value, Error> parseJSON(std::string_view bytes) {
     return Reader(*text).document();
 }
 
-std::variant<std::string, Error> serializeJSON(const std::map<std::string, std::string>& object) {
+Result<std::string> serializeJSON(const std::map<std::string, std::string>& object) {
     std::string json = "{";
     for (const auto& [key, value] : object) {
-        if (!isValidUtf8(key) || !isValidUtf8(value)) {
+        if (!isValidUtf8(key) || !isValidUtf8(value))
             return cocoaError(writeStreamError, "Invalid text in JSON write.");
-        }
         if (json.size() > 1)
             json += ',';
         appendQuoted(json, key);

@@ -25,36 +25,36 @@ std::string lowered(std::string_view text) {
     return result;
 }
 
-// Names that stand for another language.
-std::string canonicalLanguage(const std::string& language) {
-    static constexpr std::array<std::pair<std::string_view, std::string_view>, 6> aliases{
-        {{"no", "nb"}, {"nn", "nb"}, {"iw", "he"}, {"in", "id"}, {"english", "en"}, {"sh", "sr"}}};
-    for (const auto& [alias, name] : aliases) {
-        if (language == alias)
-            return std::string(name);
-    }
-    return language;
-}
+// Names that stand for another language, or whose readers are served by it.
+struct Alias {
+    std::string_view name;
+    std::string_view language;
+    std::string_view script; // of the name without a script or region; empty where the language has but one
+};
+constexpr std::array aliases{
+    Alias{"no", "nb", ""},      Alias{"nn", "nb", ""},      Alias{"iw", "he", ""},      Alias{"in", "id", ""},
+    Alias{"english", "en", ""}, Alias{"sh", "sr", "latn"},  Alias{"bs", "hr", ""},      Alias{"cmn", "zh", "hant"},
+    Alias{"yue", "zh", "hant"}, Alias{"nan", "zh", "hant"}, Alias{"hak", "zh", "hant"},
+};
 
 // Chinese is written in two scripts, and its regions are the usual way to name them.
-std::string scriptOfRegion(const std::string& language, const std::string& region) {
-    if (language != "zh")
-        return {};
-    const bool traditional = region == "tw" || region == "hk" || region == "mo";
-    return traditional ? "hant" : "hans";
+std::string chineseScript(const std::string& region, std::string_view otherwise) {
+    if (region == "tw" || region == "hk" || region == "mo")
+        return "hant";
+    if (region == "cn" || region == "sg" || region == "my")
+        return "hans";
+    return std::string(otherwise);
 }
 
 Tag parse(std::string_view name) {
     const std::string text = lowered(name);
     std::vector<std::string> parts(1);
-    for (const char c : text) {
-        if (c == '-') {
+    for (const char c : text)
+        if (c == '-')
             parts.emplace_back();
-        } else {
+        else
             parts.back() += c;
-        }
-    }
-    Tag tag{canonicalLanguage(parts.front()), {}};
+    Tag tag{parts.front(), {}};
     std::string region;
     for (std::size_t i = 1; i < parts.size(); ++i) {
         if (parts[i].size() == 4 && tag.script.empty())
@@ -62,8 +62,17 @@ Tag parse(std::string_view name) {
         if ((parts[i].size() == 2 || parts[i].size() == 3) && region.empty())
             region = parts[i];
     }
-    if (tag.script.empty())
-        tag.script = scriptOfRegion(tag.language, region);
+    std::string_view usualScript;
+    const auto* alias =
+        std::find_if(aliases.begin(), aliases.end(), [&](const Alias& one) { return one.name == tag.language; });
+    if (alias != aliases.end()) {
+        tag.language = alias->language;
+        usualScript = alias->script;
+    }
+    if (tag.language == "zh" && tag.script != "hans" && tag.script != "hant")
+        tag.script = chineseScript(region, usualScript.empty() ? "hans" : usualScript);
+    else if (tag.script.empty())
+        tag.script = usualScript;
     return tag;
 }
 

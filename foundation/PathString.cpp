@@ -54,10 +54,9 @@ std::string appendingPathComponent(std::string_view path, std::string_view compo
         joined += component;
     }
     std::string result;
-    for (const char c : joined) {
+    for (const char c : joined)
         if (c != '/' || result.empty() || result.back() != '/')
             result += c;
-    }
     return std::string(withoutTrailingSlashes(result));
 }
 

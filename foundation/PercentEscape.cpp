@@ -18,9 +18,8 @@ int hexValue(char digit) {
 
 bool isLegalInURL(char character) {
     if ((character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z') ||
-        (character >= '0' && character <= '9')) {
+        (character >= '0' && character <= '9'))
         return true;
-    }
     return character != '\0' && std::string_view("!$&'()*+,-./:;=?@_~").find(character) != std::string_view::npos;
 }
 
@@ -35,11 +34,10 @@ std::optional<std::string> addingPercentEscapes(std::string_view text) {
     for (const char character : text) {
         if (static_cast<unsigned char>(character) >= 0x80)
             return std::nullopt;
-        if (isLegalInURL(character)) {
+        if (isLegalInURL(character))
             result += character;
-        } else {
+        else
             appendPercentEscape(result, character);
-        }
     }
     return result;
 }

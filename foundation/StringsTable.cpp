@@ -1,8 +1,9 @@
 #include "foundation/StringsTable.h"
 
-#include "foundation/Text.h"
+#include "foundation/Unicode.h"
 
 #include <cctype>
+#include <utility>
 
 namespace foundation {
 
@@ -18,10 +19,9 @@ public:
     bool readTable(Table& table) {
         skipBlanks();
         const bool braces = take('{');
-        for (skipBlanks(); position_ < text_.size() && !at('}'); skipBlanks()) {
+        for (skipBlanks(); position_ < text_.size() && !at('}'); skipBlanks())
             if (!readEntry(table))
                 return false;
-        }
         if (braces && !take('}'))
             return false;
         skipBlanks();
@@ -80,10 +80,9 @@ private:
     }
 
     bool readWord(std::string& word) {
-        for (const char quote : {'"', '\''}) {
+        for (const char quote : {'"', '\''})
             if (take(quote))
                 return readQuoted(word, quote);
-        }
         const auto plain = [](char c) {
             return std::isalnum(static_cast<unsigned char>(c)) != 0 ||
                    std::string_view("_$/:.-").find(c) != std::string_view::npos;
@@ -98,11 +97,10 @@ private:
             const char c = text_[position_++];
             if (c == quote)
                 return true;
-            if (c != '\\') {
+            if (c != '\\')
                 word += c;
-            } else if (!readEscape(word)) {
+            else if (!readEscape(word))
                 return false;
-            }
         }
         return false;
     }
@@ -124,17 +122,12 @@ private:
     }
 
     bool readUnicodeEscape(std::string& word) {
-        char32_t unit = readDigits(4, 16);
-        if (unit >= 0xD800 && unit < 0xDC00 && takeMark("\\U")) {
-            const char32_t low = readDigits(4, 16);
-            if (low < 0xDC00 || low >= 0xE000)
-                return false;
-            unit = 0x10000 + ((unit - 0xD800) << 10U) + (low - 0xDC00);
-        }
-        if (unit >= 0xD800 && unit < 0xE000)
-            return false;
-        appendUtf8(word, unit);
-        return true;
+        bool marked = true; // the first unit's mark is read already
+        return appendUtf16(word, [&]() -> std::optional<char32_t> {
+            if (!std::exchange(marked, false) && !takeMark("\\U"))
+                return std::nullopt;
+            return readDigits(4, 16);
+        });
     }
 
     char32_t readDigits(int most, char32_t base) {

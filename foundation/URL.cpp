@@ -2,7 +2,7 @@
 
 #include "foundation/PathString.h"
 #include "foundation/PercentEscape.h"
-#include "foundation/Text.h"
+#include "foundation/Unicode.h"
 
 #include <cctype>
 
@@ -20,13 +20,12 @@ bool isAcceptable(std::string_view text) {
         const char c = text[i];
         if (isLegalInURL(c) || c == '[' || c == ']')
             continue;
-        if (c == '#' && !fragment) {
+        if (c == '#' && !fragment)
             fragment = true;
-        } else if (c == '%' && i + 2 < text.size() && isHexDigit(text[i + 1]) && isHexDigit(text[i + 2])) {
+        else if (c == '%' && i + 2 < text.size() && isHexDigit(text[i + 1]) && isHexDigit(text[i + 2]))
             i += 2;
-        } else {
+        else
             return false;
-        }
     }
     return true;
 }
@@ -66,24 +65,21 @@ std::optional<URL> URL::withString(std::string_view text) {
     std::string string;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const bool bracket = text[i] == '[' || text[i] == ']';
-        if (bracket && (i < authority.begin || i >= authority.end)) {
+        if (bracket && (i < authority.begin || i >= authority.end))
             appendPercentEscape(string, text[i]);
-        } else {
+        else
             string += text[i];
-        }
     }
     return URL(std::move(string));
 }
 
 URL URL::fileURLWithPath(std::string_view path) {
     std::string string = "file://";
-    for (const char c : path) {
-        if (isLegalInURL(c) && c != ';' && c != '?') {
+    for (const char c : path)
+        if (isLegalInURL(c) && c != ';' && c != '?')
             string += c;
-        } else {
+        else
             appendPercentEscape(string, c);
-        }
-    }
     return URL(std::move(string));
 }
 

@@ -1,6 +1,6 @@
 #include "foundation/Value.h"
 
-#include "foundation/Text.h"
+#include "foundation/MessageText.h"
 
 #include <algorithm>
 #include <cmath>
@@ -86,34 +86,75 @@ std::string quotedWhereNeeded(const std::string& text) {
     return visible(quoted + "\"");
 }
 
-std::string describe(const Value& value, std::size_t depth);
+// Writes a value into one text, once through: values can come from a server and be large and deeply nested.
+class Printer {
+public:
+    // On one line, or with a line for each item. Little more than `limit` bytes are written.
+    Printer(bool onOneLine, std::size_t limit) : onOneLine_(onOneLine), limit_(limit) {}
 
-std::string describe(const Value::Array& array, std::size_t depth) {
-    const std::string indent(4 * depth, ' ');
-    std::string text = "(\n";
-    for (std::size_t i = 0; i < array.size(); ++i) {
-        text += indent + "    " + describe(array[i], depth + 1) + (i + 1 < array.size() ? ",\n" : "\n");
+    void print(const Value& value, std::size_t depth) {
+        if (value.array() != nullptr)
+            printItems('(', *value.array(), ',', ')', depth);
+        else if (value.dictionary() != nullptr)
+            printItems('{', *value.dictionary(), ';', '}', depth);
+        else if (value.string() != nullptr)
+            text_ += quotedWhereNeeded(clipped(*value.string(), limit_));
+        else
+            text_ += value.description();
     }
-    return text + indent + ")";
-}
 
-std::string describe(const Value::Dictionary& dictionary, std::size_t depth) {
-    const std::string indent(4 * depth, ' ');
-    std::string text = "{\n";
-    for (const auto& [key, value] : dictionary) {
-        text += indent + "    " + quotedWhereNeeded(key) + " = " + describe(value, depth + 1) + ";\n";
+    std::string takeText() { return std::move(text_); }
+
+private:
+    template <class Items>
+    void printItems(char opening, const Items& items, char separator, char closing, std::size_t depth) {
+        text_ += opening;
+        bool first = true;
+        for (const auto& item : items) {
+            if (!first)
+                text_ += separator;
+            if (text_.size() > limit_ || depth == deepestNesting) {
+                text_ += ellipsis;
+                break;
+            }
+            if (!onOneLine_)
+                startLine(depth + 1);
+            else if (!first)
+                text_ += ' ';
+            printItem(item, depth + 1);
+            first = false;
+        }
+        if (!onOneLine_) {
+            if (separator == ';' && !first)
+                text_ += separator;
+            startLine(depth);
+        }
+        text_ += closing;
     }
-    return text + indent + "}";
-}
 
-std::string describe(const Value& value, std::size_t depth) {
-    if (value.array() != nullptr)
-        return describe(*value.array(), depth);
-    if (value.dictionary() != nullptr)
-        return describe(*value.dictionary(), depth);
-    if (value.string() != nullptr)
-        return quotedWhereNeeded(*value.string());
-    return value.description();
+    void printItem(const Value& element, std::size_t depth) { print(element, depth); }
+
+    void printItem(const Value::Dictionary::value_type& member, std::size_t depth) {
+        text_ += quotedWhereNeeded(clipped(member.first, limit_)) + " = ";
+        print(member.second, depth);
+    }
+
+    void startLine(std::size_t depth) {
+        text_ += '\n';
+        text_.append(4 * depth, ' ');
+    }
+
+    static constexpr std::size_t deepestNesting = 16;
+
+    bool onOneLine_;
+    std::size_t limit_;
+    std::string text_;
+};
+
+std::string printed(const Value& value, bool onOneLine, std::size_t limit) {
+    Printer printer(onOneLine, limit);
+    printer.print(value, 0);
+    return printer.takeText();
 }
 
 } // namespace
@@ -141,8 +182,13 @@ std::string Value::description() const {
                                  [](std::int64_t number) { return std::to_string(number); },
                                  [](double number) { return doubleText(number); },
                                  [](const std::string& text) { return text; },
-                                 [](const auto& container) { return describe(container, 0); }},
+                                 [this](const auto&) { return printed(*this, false, std::string::npos); }},
                       data_);
+}
+
+std::string Value::oneLineDescription(std::size_t limit) const {
+    const bool isContainer = array() != nullptr || dictionary() != nullptr;
+    return visible(clipped(isContainer ? printed(*this, true, limit) : description(), limit));
 }
 
 const Value* member(const Value::Dictionary& dictionary, const std::string& key) {

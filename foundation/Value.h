@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -29,10 +30,13 @@ public:
 
     bool isNull() const { return std::holds_alternative<Null>(data_); }
 
-    // The text, array or dictionary itself, or null when the value is of another kind.
+    // What the value holds, or null when it is of another kind.
     const std::string* string() const { return std::get_if<std::string>(&data_); }
     const Array* array() const { return std::get_if<Array>(&data_); }
     const Dictionary* dictionary() const { return std::get_if<Dictionary>(&data_); }
+    const bool* flag() const { return std::get_if<bool>(&data_); }
+    const std::int64_t* integer() const { return std::get_if<std::int64_t>(&data_); }
+    const double* real() const { return std::get_if<double>(&data_); }
 
     // A number truncated, a flag as 1 or 0, a text's leading decimal digits (clamped to 64 bits); otherwise 0.
     std::int64_t integerValue() const;
@@ -41,8 +45,12 @@ public:
     // otherwise false.
     bool boolValue() const;
 
-    // Readable text: strings as they are at the top, quoted inside containers; dictionary keys in ascending order.
+    // Readable text: strings as they are at the top, quoted inside containers, which have a line for each item;
+    // dictionary keys in ascending order. Very deep nesting ends in an ellipsis.
     std::string description() const;
+
+    // The same on one line, control bytes shown as escapes, and with an ellipsis for what is beyond so many bytes.
+    std::string oneLineDescription(std::size_t limit) const;
 
     friend bool operator==(const Value&, const Value&) = default;
 

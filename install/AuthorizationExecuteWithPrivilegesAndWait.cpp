@@ -13,13 +13,10 @@ bool AuthorizationExecuteWithPrivilegesAndWait(platform::AuthorizationRef& autho
                                                const std::vector<std::string>& arguments) {
     platform::Authorization& system = *platform::current().authorization;
     // With the signal ignored the system would reap the tool itself, and its status would be lost.
-    const auto restoreChildSignal = system.useDefaultChildSignal();
-    bool succeeded = false;
-    if (system.executeWithPrivileges(authorization, tool, arguments)) {
-        // Deliberate: whichever child ends first is taken for the tool.
-        const auto status = system.wait();
-        succeeded = status && (static_cast<unsigned>(*status) & failureBits) == 0;
-    }
-    restoreChildSignal();
-    return succeeded;
+    const auto defaultChildSignal = system.useDefaultChildSignal();
+    if (!system.executeWithPrivileges(authorization, tool, arguments))
+        return false;
+    // Deliberate: whichever child ends first is taken for the tool.
+    const auto status = system.wait();
+    return status && (static_cast<unsigned>(*status) & failureBits) == 0;
 }

@@ -1,7 +1,7 @@
 #include "install/NSFileManager+ExtendedAttributes.h"
 
+#include "foundation/MessageText.h"
 #include "foundation/PathString.h"
-#include "foundation/Text.h"
 #include "install/AuthorizationExecuteWithPrivilegesAndWait.h"
 #include "platform/Platform.h"
 
@@ -35,9 +35,8 @@ std::shared_ptr<platform::AuthorizationRef> createAuthorization() {
     std::shared_ptr<platform::AuthorizationRef> authorization;
     std::int32_t status = platform::Authorization::denied;
     // Deliberate: a denial is asked again at once, for as long as it lasts.
-    while (status == platform::Authorization::denied) {
+    while (status == platform::Authorization::denied)
         status = platform::current().authorization->create(authorization);
-    }
     return status == platform::Authorization::success ? authorization : nullptr;
 }
 
@@ -55,13 +54,19 @@ std::string ownerText(const std::string& destination, const std::string& source)
 bool replaceWithPrivileges(const std::string& source, const std::string& destination,
                            const std::vector<PrivilegedCommand>& commands, ErrorOut error) {
     const std::string owner = ownerText(destination, source);
+    const auto moved = platform::current().fileQueries->identityOfItem(source);
     const auto authorization = createAuthorization();
     if (!authorization)
         return fail(error, authenticationError, "Couldn't get permission to authenticate.");
     const auto run = [&](const PrivilegedCommand& command) {
         return AuthorizationExecuteWithPrivilegesAndWait(*authorization, command.tool, command.arguments);
     };
-    bool succeeded = std::all_of(commands.begin(), commands.end(), run);
+    // The tool that moves also moves into a folder that has appeared at the destination, and calls that a success.
+    const auto hasArrived = [&] {
+        const auto found = platform::current().fileQueries->identityOfItem(destination);
+        return moved && found && isSameItem(*moved, *found);
+    };
+    bool succeeded = std::all_of(commands.begin(), commands.end(), run) && hasArrived();
     if (succeeded) {
         releaseFromQuarantine(destination);
         succeeded = run({"/usr/sbin/chown", {"-R", owner, destination}});
@@ -116,13 +121,11 @@ bool copyPathWithAuthentication(const std::string& source, const std::string& ov
                     format("Couldn't copy %@ over %@ because there is no file at %@.", {source, overPath, overPath}));
     }
     const std::string folder = path::deletingLastPathComponent(overPath);
-    if (!queries.isWritableFile(overPath) || !queries.isWritableFile(folder)) {
+    if (!queries.isWritableFile(overPath) || !queries.isWritableFile(folder))
         return _copyPathWithForcedAuthentication(source, overPath, error);
-    }
     const std::string temporaryPath = _temporaryCopyNameForPath(overPath);
-    if (const auto leftovers = _temporaryFailedCopiesForPath(overPath)) {
+    if (const auto leftovers = _temporaryFailedCopiesForPath(overPath))
         platform::current().workspace->destroyFiles(folder, *leftovers);
-    }
     std::optional<Error> reason;
     if (!changes.copyItem(source, temporaryPath, &reason)) {
         return fail(error, copyError,

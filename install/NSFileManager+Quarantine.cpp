@@ -26,9 +26,8 @@ void releaseFromQuarantine(const std::string& path) {
     const auto attributes = platform::current().fileQueries->attributesOfItem(path);
     if (!attributes || attributes->type != platform::FileType::Directory)
         return;
-    for (const std::string& entry : platform::current().fileQueries->entriesBelow(path)) {
+    for (const std::string& entry : platform::current().fileQueries->entriesBelow(path))
         removeXAttr(quarantineName, foundation::path::appendingPathComponent(path, entry), platform::xattrNoFollow);
-    }
 }
 
 } // namespace NSFileManager::ExtendedAttributes

@@ -13,6 +13,17 @@ NTSynchronousTask::NTSynchronousTask()
 std::optional<std::string> NTSynchronousTask::task(const std::string& path, const std::optional<std::string>& directory,
                                                    const std::vector<std::string>& withArgs,
                                                    const std::optional<std::string>& input) {
+    try {
+        return runToEnd(path, directory, withArgs, input);
+    } catch (...) {
+        return std::nullopt;
+    }
+}
+
+std::optional<std::string> NTSynchronousTask::runToEnd(const std::string& path,
+                                                       const std::optional<std::string>& directory,
+                                                       const std::vector<std::string>& withArgs,
+                                                       const std::optional<std::string>& input) {
     const std::shared_ptr<NTSynchronousTask> runner(new NTSynchronousTask);
     if (!runner->mv_inputPipe || !runner->mv_outputPipe)
         return std::nullopt;
@@ -42,10 +53,12 @@ bool NTSynchronousTask::run(const std::string& path, const std::optional<std::st
 bool NTSynchronousTask::launch(const std::shared_ptr<platform::RunLoop>& loop) {
     // Notices that come after this call has ended find nobody.
     const std::weak_ptr<NTSynchronousTask> weak = weak_from_this();
-    mv_outputPipe->readToEndInBackground(loop, [weak](std::string output) {
-        if (const auto self = weak.lock())
-            self->taskOutputAvailable(std::move(output));
-    });
+    mv_outputPipe->readToEndInBackground(
+        loop,
+        [weak](std::string output) {
+            if (const auto self = weak.lock())
+                self->taskOutputAvailable(std::move(output));
+        });
     return platform::current().tasks->launch(mv_task, loop, [weak](int status) {
         if (const auto self = weak.lock())
             self->taskDidTerminate(status);
@@ -58,9 +71,9 @@ void NTSynchronousTask::waitForOutput(platform::RunLoop& loop) const {
         loop.runOnce(1s);
 }
 
-// A tool that fails closes its output some microseconds before its status can be known. Without this short wait nine
-// failures in ten would pass for successes. A tool that closed its output early and keeps running is not waited for
-// beyond it, and counts as a success.
+// Deliberate: a tool that fails closes its output some microseconds before its status can be known, so the status gets
+// a short wait; without it nine failures in ten would pass for successes. A tool that has closed its output and keeps
+// running after that counts as a success.
 void NTSynchronousTask::waitForEndingTool(platform::RunLoop& loop) const {
     constexpr auto grace = 100ms;
     const auto deadline = std::chrono::steady_clock::now() + grace;

@@ -12,8 +12,8 @@
 class NTSynchronousTask final : public std::enable_shared_from_this<NTSynchronousTask> {
 public:
     // The whole output of the tool, empty when it wrote nothing; nothing at all when the tool could not be started, did
-    // not take its input, or was seen to end with another status than 0. Without input its standard input stays open
-    // until the call returns. An absent folder means this process's own.
+    // not take its input, or was seen to end with another status than 0, and when anything throws. Without input its
+    // standard input stays open until the call returns. An absent folder means this process's own.
     static std::optional<std::string> task(const std::string& path, const std::optional<std::string>& directory,
                                            const std::vector<std::string>& withArgs,
                                            const std::optional<std::string>& input);
@@ -21,6 +21,9 @@ public:
 private:
     NTSynchronousTask();
 
+    static std::optional<std::string> runToEnd(const std::string& path, const std::optional<std::string>& directory,
+                                               const std::vector<std::string>& withArgs,
+                                               const std::optional<std::string>& input);
     // False when the input could not be written.
     bool run(const std::string& path, const std::optional<std::string>& directory,
              const std::vector<std::string>& withArgs, const std::optional<std::string>& input);

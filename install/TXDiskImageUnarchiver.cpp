@@ -26,14 +26,16 @@ std::string TXDiskImageUnarchiver::className() const {
 }
 
 void TXDiskImageUnarchiver::start() {
-    platform::performInBackground(std::static_pointer_cast<TXDiskImageUnarchiver>(shared_from_this()),
-                                  [](TXDiskImageUnarchiver& self) { self._extractDMG(); });
+    const auto self = std::static_pointer_cast<TXDiskImageUnarchiver>(shared_from_this());
+    if (!platform::performInBackground(self, [](TXDiskImageUnarchiver& worker) { worker._extractDMG(); }))
+        postFailure();
 }
 
 void TXDiskImageUnarchiver::_extractDMG() {
     platform::Platform& system = platform::current();
     const std::string mountPoint = path::appendingPathComponent(system.processInfo->temporaryDirectory(),
                                                                 system.processInfo->globallyUniqueString());
+    // Deliberate: a link is something there, wherever it leads.
     if (system.fileQueries->attributesOfItem(mountPoint))
         return giveUp(mountPoint);
     system.fileChanges->createDirectory(mountPoint);
@@ -97,7 +99,7 @@ void TXDiskImageUnarchiver::detach(const std::string& mountPoint) {
 }
 
 void TXDiskImageUnarchiver::postFailure() {
-    platform::performOnMain(shared_from_this(), [](TXUnarchiver& self) {
-        static_cast<TXDiskImageUnarchiver&>(self)._notifyDelegateOfFailure();
-    });
+    platform::performOnMain(
+        shared_from_this(),
+        [](TXUnarchiver& self) { static_cast<TXDiskImageUnarchiver&>(self)._notifyDelegateOfFailure(); });
 }

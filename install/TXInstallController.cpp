@@ -1,7 +1,7 @@
 #include "install/TXInstallController.h"
 
+#include "foundation/MessageText.h"
 #include "foundation/PathString.h"
-#include "foundation/Text.h"
 #include "install/NSFileManager+ExtendedAttributes.h"
 #include "platform/HandOver.h"
 #include "telemetry/Deployment.h"
@@ -29,12 +29,12 @@ Error installerError(std::int64_t code, std::string_view pattern, const std::str
 } // namespace
 
 TXInstallController::TXInstallController(std::shared_ptr<TXInstallControllerDelegate> withDelegate)
-    : delegate(std::move(withDelegate)) {}
+    : _delegate(std::move(withDelegate)) {}
 
 void TXInstallController::startInstallArchiveAtURL(const foundation::URL& url) {
     if (_installInProgress)
         return;
-    localURL = url;
+    _localURL = url;
     startUnarchive();
 }
 
@@ -47,17 +47,17 @@ bool TXInstallController::installInProgress() const {
 
 void TXInstallController::startUnarchive() {
     _installInProgress = true;
-    const auto unarchiver = TXUnarchiver::unarchiverForPath(localURL->absoluteString());
+    const auto unarchiver = TXUnarchiver::unarchiverForPath(_localURL->absoluteString());
     if (unarchiver)
         unarchiver->setDelegate(shared_from_this());
-    delegate->installWillStart();
+    _delegate->installWillStart();
     // Deliberate: an archive that no unarchiver takes leaves the installation in progress, without a further message.
     if (unarchiver)
         unarchiver->start();
 }
 
 void TXInstallController::unarchiverDidCopyContentAtPath(const std::string& path) {
-    extractedPath = path;
+    _extractedPath = path;
 }
 
 void TXInstallController::unarchiverDidFinish(TXUnarchiver& /*unarchiver*/) {
@@ -69,37 +69,35 @@ void TXInstallController::unarchiverDidFail(TXUnarchiver& /*unarchiver*/) {
 }
 
 void TXInstallController::unarchiveFinished() {
-    platform::performInBackground(shared_from_this(), [](TXInstallController& self) { self.startCopy(); });
+    if (!platform::performInBackground(shared_from_this(), [](TXInstallController& self) { self.startCopy(); }))
+        copyFailed(platform::noThreadError());
 }
 
 void TXInstallController::startCopy() {
     platform::Platform& system = platform::current();
-    if (!extractedPath || !system.fileQueries->fileExists(*extractedPath)) {
+    if (!_extractedPath || !system.fileQueries->fileExists(*_extractedPath)) {
         return schedule(
             &TXInstallController::copyFailed,
-            installerError(extractionMissing, "Couldn't extract file at path: %@", foundation::textOf(extractedPath)));
+            installerError(extractionMissing, "Couldn't extract file at path: %@", foundation::textOf(_extractedPath)));
     }
     closeRunningProduct();
-    const std::string source = path::appendingPathComponent(*extractedPath, bundleName);
+    const std::string source = path::appendingPathComponent(*_extractedPath, bundleName);
     if (!system.fileQueries->fileExists(source)) {
         return schedule(&TXInstallController::copyFailed,
                         installerError(fileMissing, "Couldn't find file at path: %@", source));
     }
     const std::string destination = Deployment::applicationPath();
-    // Deliberate: the old product goes first, so a copy that fails afterwards leaves none there.
+    // Deliberate: the old product goes first, so a copy that fails afterwards leaves none there. A dangling link in its
+    // place is an item too.
     if (system.fileQueries->attributesOfItem(destination))
         system.fileChanges->removeItem(destination);
-    const bool vacant = !system.fileQueries->attributesOfItem(destination);
     std::optional<Error> error;
+    // Deliberate: why the plain copy failed is dropped; the copy with authentication has its own reason to report.
     const bool copied =
         system.fileChanges->copyItem(source, destination) ||
         NSFileManager::ExtendedAttributes::copyPathWithForcedAuthenticationWithoutTmpFile(source, destination, &error);
-    if (copied) {
+    if (copied)
         return platform::performOnMain(shared_from_this(), [](TXInstallController& self) { self.copyFinished(); });
-    }
-    // Half a product is worse than none; an old one that could not be removed stays.
-    if (vacant)
-        system.fileChanges->removeItem(destination);
     schedule(&TXInstallController::copyFailed, std::move(error));
 }
 
@@ -108,13 +106,13 @@ void TXInstallController::closeRunningProduct() {
     platform::Workspace& workspace = *platform::current().workspace;
     const std::string identifier = Deployment::productBundleIdentifier();
     for (auto running = workspace.runningApplications(identifier); !running.empty();
-         running = workspace.runningApplications(identifier)) {
+         running = workspace.runningApplications(identifier))
         workspace.terminate(running.front());
-    }
 }
 
 void TXInstallController::copyFinished() {
-    platform::performInBackground(shared_from_this(), [](TXInstallController& self) { self.startLaunch(); });
+    if (!platform::performInBackground(shared_from_this(), [](TXInstallController& self) { self.startLaunch(); }))
+        launchFailed(platform::noThreadError());
 }
 
 void TXInstallController::startLaunch() {
@@ -132,38 +130,35 @@ void TXInstallController::startLaunch() {
 }
 
 void TXInstallController::unarchiveFailed(const std::optional<Error>& error) {
-    endInstallation([error](auto& d) { d.installDidFailWithError(error); });
+    endInstallation();
+    _delegate->installDidFailWithError(error);
 }
 
 void TXInstallController::copyFailed(const std::optional<Error>& error) {
-    endInstallation([error](auto& d) { d.installDidFailWithError(error); });
+    endInstallation();
+    _delegate->installDidFailWithError(error);
 }
 
 void TXInstallController::launchFailed(const std::optional<Error>& error) {
-    endInstallation([error](auto& d) { d.launchDidFailWithError(error.value()); });
+    endInstallation();
+    _delegate->launchDidFailWithError(error.value());
 }
 
 void TXInstallController::launchFinished() {
-    endInstallation([](auto& d) { d.installDidEnd(); });
+    endInstallation();
+    _delegate->installDidEnd();
 }
 
-// Removing what a large product left behind takes its time on a busy disk, in which the window has to go on answering.
-void TXInstallController::endInstallation(Report report) {
-    platform::performInBackground(
-        shared_from_this(), [report = std::move(report), url = *localURL](TXInstallController& self) {
-            removeTmpDirectoryForDownload(url);
-            platform::performOnMain(self.shared_from_this(), [report](TXInstallController& ended) {
-                ended._installInProgress = false;
-                report(*ended.delegate);
-            });
-        });
+void TXInstallController::endInstallation() {
+    _installInProgress = false;
+    removeTmpDirectoryForDownload();
 }
 
-void TXInstallController::removeTmpDirectoryForDownload(const foundation::URL& url) {
-    platform::current().fileChanges->removePrivateFolder(path::deletingLastPathComponent(url.absoluteString()));
+void TXInstallController::removeTmpDirectoryForDownload() const {
+    platform::current().fileChanges->removePrivateFolder(path::deletingLastPathComponent(_localURL->absoluteString()));
 }
 
 void TXInstallController::schedule(Handler handler, std::optional<Error> error) {
-    platform::performOnMain(shared_from_this(),
-                            [handler, error = std::move(error)](TXInstallController& self) { (self.*handler)(error); });
+    platform::performOnMain(
+        shared_from_this(), [handler, error = std::move(error)](TXInstallController& self) { (self.*handler)(error); });
 }

@@ -1,6 +1,6 @@
 #include "install/TXUnarchiver.h"
 
-#include "foundation/Text.h"
+#include "foundation/MessageText.h"
 
 namespace {
 
@@ -14,10 +14,9 @@ std::vector<TXUnarchiver::Implementation>& registry() {
 TXUnarchiver::TXUnarchiver(std::string path) : archivePath(std::move(path)) {}
 
 std::shared_ptr<TXUnarchiver> TXUnarchiver::unarchiverForPath(const std::string& path) {
-    for (const Implementation& implementation : _unarchiverImplementations()) {
+    for (const Implementation& implementation : _unarchiverImplementations())
         if (implementation.canUnarchivePath(path))
             return implementation.make(path);
-    }
     return nullptr;
 }
 

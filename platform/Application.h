@@ -23,8 +23,8 @@ class Application {
 public:
     virtual ~Application() = default;
 
-    // Asks the application to quit: later, never inside this call, and the delegate may refuse. While an answer of
-    // Later is pending, a further request waits for it and is dropped only when the program ends.
+    // Asks the application to quit: later, never inside this call, and the delegate may refuse. A request that arrives
+    // while an answer of Later is pending is dropped: the person has been asked already.
     virtual void terminate() = 0;
 
     // Ends the state that the answer Later began: the program ends, or goes on.

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -37,8 +36,8 @@ public:
     // Waits for whichever child of the calling thread ends first. Its raw status, or nothing when there is none.
     virtual std::optional<int> wait() = 0;
 
-    // Sets the child signal to its default action; the result sets back what was there before, once called.
-    virtual std::function<void()> useDefaultChildSignal() = 0;
+    // Sets the child signal to its default action; dropping the result sets back what was there before.
+    virtual std::shared_ptr<void> useDefaultChildSignal() = 0;
 };
 
 } // namespace platform

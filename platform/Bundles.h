@@ -27,4 +27,11 @@ public:
     virtual std::string localizedString(const std::string& key, const std::string& value) = 0;
 };
 
+// A text of the main bundle's information dictionary; a value of another kind counts as absent.
+inline std::optional<std::string> informationText(Bundles& bundles, const std::string& key) {
+    const auto value = bundles.objectForInfoDictionaryKey(key);
+    const std::string* text = value ? value->string() : nullptr;
+    return text != nullptr ? std::optional(*text) : std::nullopt;
+}
+
 } // namespace platform

@@ -24,6 +24,26 @@ struct FileOwner {
     std::uint32_t groupId = 0;
 };
 
+// What tells an item from every other one; a final link is not followed.
+struct ItemIdentity {
+    std::uint64_t volume = 0;
+    std::uint64_t number = 0;
+    FileType type = FileType::Other;
+    std::int64_t modifiedSeconds = 0;
+    std::int64_t modifiedNanoseconds = 0;
+};
+
+// Whether the second is the first one, be it moved meanwhile. On another volume it has another number, and is known by
+// its kind and by its time of modification, which goes along and which anything put into a folder changes.
+inline bool isSameItem(const ItemIdentity& before, const ItemIdentity& after) {
+    if (before.volume == after.volume)
+        return before.number == after.number;
+    // Not every volume keeps parts of a second.
+    const bool sameTime = before.modifiedSeconds == after.modifiedSeconds &&
+                          (before.modifiedNanoseconds == after.modifiedNanoseconds || after.modifiedNanoseconds == 0);
+    return before.type == after.type && sameTime;
+}
+
 // Questions about files.
 class FileQueries {
 public:
@@ -46,6 +66,7 @@ public:
     // Nothing when there is no such item.
     virtual std::optional<FileAttributes> attributesOfItem(const std::string& path) = 0;
     virtual std::optional<FileOwner> ownerOfItem(const std::string& path) = 0;
+    virtual std::optional<ItemIdentity> identityOfItem(const std::string& path) = 0;
 };
 
 // Changes to files. A failing operation returns false and fills `error` when one is given.
@@ -60,7 +81,8 @@ public:
     virtual bool createDirectory(const std::string& path, ErrorOut error = nullptr) = 0;
 
     // Copies an item whole: links as links, modes without the set-id bits, times. Fails when anything is at the
-    // destination. Devices, FIFOs and sockets fail the copy. What was copied before a failure is left behind.
+    // destination. Devices, FIFOs and sockets fail the copy. A copy that fails removes what it made, known by
+    // identity, and nothing else.
     virtual bool copyItem(const std::string& from, const std::string& to, ErrorOut error = nullptr) = 0;
 
     // Fails when anything is at the destination.

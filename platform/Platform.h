@@ -7,6 +7,7 @@
 #include "platform/Files.h"
 #include "platform/Preferences.h"
 #include "platform/ProcessInfo.h"
+#include "platform/SingleInstance.h"
 #include "platform/Tasks.h"
 #include "platform/Threads.h"
 #include "platform/Transfers.h"
@@ -33,10 +34,10 @@ struct Platform {
     Console* console = nullptr;
     Application* application = nullptr;
     Alerts* alerts = nullptr;
+    SingleInstance* singleInstance = nullptr; // null where the system itself keeps a second start from happening
 };
 
-// The process-wide value: set once by the composition root before any other thread starts, or by a test for its own
-// duration.
+// The process-wide value. main sets it before anything asks for a service; a test sets one for its own duration.
 inline Platform& current() {
     static Platform platform;
     return platform;

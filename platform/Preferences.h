@@ -12,16 +12,16 @@ class Preferences {
 public:
     virtual ~Preferences() = default;
 
-    // The stored value, as it stands on disk at this moment or will once this program's changes are written. Nothing
-    // when there is none or the file cannot be read.
+    // The value, as this program has changed it or else as it was stored when the domain was first asked for or last
+    // synchronized. A flag or number may come back as the text of it. Nothing when there is none.
     virtual std::optional<foundation::Value> appValue(const std::string& key, const std::string& domain) = 0;
 
-    // Changes the value, or removes it when absent; written out by synchronize.
+    // Changes the value, or removes it when absent; seen at once here, and by other programs after synchronize.
     virtual void setValue(const std::optional<foundation::Value>& value, const std::string& key,
                           const std::string& domain) = 0;
 
-    // Lets the changes be written, without waiting for the disk; other programs' changes to other keys survive. What
-    // could not be written is tried again by the next call.
+    // Stores the changes before it returns; what else stands in the domain survives. What could not be stored is tried
+    // again by the next call.
     virtual void synchronize(const std::string& domain) = 0;
 };
 

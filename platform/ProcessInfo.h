@@ -26,8 +26,8 @@ public:
     // A text that no other call on any machine returns; usable as a file name.
     virtual std::string globallyUniqueString() = 0;
 
-    // A new random identifier: 36 characters, upper case.
-    virtual std::string makeUUID() = 0;
+    // A new random identifier: 36 characters, upper case. Absent when the system has no random numbers to give.
+    virtual std::optional<std::string> makeUUID() = 0;
 
     // A folder for this user's temporary files, closed to other users; with a trailing slash.
     virtual std::string temporaryDirectory() = 0;

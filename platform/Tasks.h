@@ -16,10 +16,12 @@ class Pipe {
 public:
     virtual ~Pipe() = default;
 
-    // Reads on another thread until every writer has closed the pipe, then posts all bytes to the loop, once.
+    // Reads while the loop runs, until every writer has closed the pipe; all bytes are one event of the loop then. Only
+    // on the loop's thread.
     virtual void readToEndInBackground(std::shared_ptr<RunLoop> loop, std::function<void(std::string)> done) = 0;
 
-    // Writes all bytes, waiting as long as the reader needs. False when nobody reads any more.
+    // Writes all bytes, waiting as long as the reader needs: what it writes itself meanwhile is not read, so an input
+    // for a tool that answers at length must fit into a pipe, 64 KiB. False when nobody reads any more.
     virtual bool write(std::string_view bytes) = 0;
 
     // The reader sees the end of its input.
@@ -43,8 +45,8 @@ public:
     // A new pipe, or null when the system has none left.
     virtual std::shared_ptr<Pipe> makePipe() = 0;
 
-    // Starts a child. False when it cannot be started. Its end is posted to the loop: the exit status, or the number of
-    // the signal that ended it.
+    // Starts a child. False when it cannot be started. Its end is an event of the loop: the exit status, or the number
+    // of the signal that ended it. Only on the loop's thread.
     virtual bool launch(const TaskDescription& task, std::shared_ptr<RunLoop> loop,
                         std::function<void(int status)> didTerminate) = 0;
 

@@ -6,15 +6,13 @@
 
 namespace platform {
 
-// The event queue of one thread.
+// What one thread waits for: its pipes and its children.
 class RunLoop {
 public:
     virtual ~RunLoop() = default;
 
-    // Adds an event; from any thread. Events of a loop that nobody runs any more are dropped with it.
-    virtual void post(std::function<void()> event) = 0;
-
-    // Runs the next event, waiting for one at most that long. Whether one was run. Only from the thread that owns it.
+    // Handles the next event, waiting for one at most that long. Whether there was one. Only on the thread that made
+    // the loop.
     virtual bool runOnce(std::chrono::milliseconds limit) = 0;
 };
 
@@ -26,10 +24,10 @@ public:
     // Runs the step on the main thread: always later, never inside this call, in the order of the calls.
     virtual void performOnMain(std::function<void()> step) = 0;
 
-    // Runs the step on a new thread of its own.
-    virtual void performInBackground(std::function<void()> step) = 0;
+    // Runs the step on a new thread of its own. False, and the step is dropped, when there is no thread to be had.
+    virtual bool performInBackground(std::function<void()> step) = 0;
 
-    // A new event queue for the calling thread.
+    // A new loop for the calling thread.
     virtual std::shared_ptr<RunLoop> makeRunLoop() = 0;
 };
 

@@ -15,6 +15,9 @@ class Window {
 public:
     virtual ~Window() = default;
     virtual void setTitle(const std::string& title) = 0;
+
+    // Brings the window in front of the others, as far as the desktop lets it. A console has none.
+    virtual void orderFront() {}
 };
 
 class Label {
@@ -47,11 +50,17 @@ struct Alert {
     std::string informativeText;
     // In order of adding; the n-th returns 1000 + n. The first answers the Return key.
     std::vector<std::string> buttons;
-    // The safe button: it answers the Escape key and the sheet's close button.
+    // The safe button: it answers the Escape key.
     std::size_t escapeButton = 0;
     // The button that ends the program: taken where nobody can be asked.
     std::size_t quitButton = 0;
+    // Whether every answer ends the program. With the last one of these the interface leaves the screen, although the
+    // program's end can take a while.
+    bool endsProgram = false;
 };
+
+// Names a sheet, from its beginning on; never used again for another one.
+using SheetNumber = int;
 
 class Alerts {
 public:
@@ -59,7 +68,11 @@ public:
 
     // Shows the alert and returns at once; `ended` is called once, later, with the chosen button's code. An alert that
     // comes while another is open waits for its end.
-    virtual void beginSheet(const Alert& alert, std::function<void(int returnCode)> ended) = 0;
+    virtual SheetNumber beginSheet(const Alert& alert, std::function<void(int returnCode)> ended) = 0;
+
+    // Ends a sheet that is open or waits, as if the button with that code had been chosen: calls its `ended` at once.
+    // One that has ended already is left alone.
+    virtual void endSheet(SheetNumber sheet, int returnCode) = 0;
 };
 
 // The main interface, loaded from its description: a window, or a console where there is no display. Main thread.

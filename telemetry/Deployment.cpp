@@ -5,12 +5,7 @@
 namespace Deployment {
 
 std::optional<std::string> informationText(const std::string& key) {
-    return informationText(*platform::current().bundles, key);
-}
-
-std::optional<std::string> informationText(platform::Bundles& bundles, const std::string& key) {
-    const auto value = bundles.objectForInfoDictionaryKey(key);
-    return value ? std::optional(value->description()) : std::nullopt;
+    return platform::informationText(*platform::current().bundles, key);
 }
 
 std::string binariesHost() {

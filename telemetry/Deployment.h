@@ -1,7 +1,5 @@
 #pragma once
 
-#include "platform/Bundles.h"
-
 #include <optional>
 #include <string>
 
@@ -9,10 +7,8 @@
 // keys give an empty text, except where absence means something. Any thread.
 namespace Deployment {
 
-// A value of the main bundle's information dictionary as text; of the current platform's bundles unless others are
-// given.
+// A text of the main bundle's information dictionary; a value of another kind counts as absent.
 std::optional<std::string> informationText(const std::string& key);
-std::optional<std::string> informationText(platform::Bundles& bundles, const std::string& key);
 
 // Hosts may carry a port.
 std::string binariesHost();

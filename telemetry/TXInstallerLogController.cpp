@@ -1,7 +1,7 @@
 #include "telemetry/TXInstallerLogController.h"
 
 #include "foundation/JSON.h"
-#include "foundation/Text.h"
+#include "foundation/MessageText.h"
 #include "platform/Platform.h"
 #include "telemetry/Deployment.h"
 #include "telemetry/TXInstallerConfig.h"
@@ -16,10 +16,10 @@ std::shared_ptr<TXInstallerLogController>& sharedInstance() {
 
 std::string contentText(const TXInstallerLogController::Precisions& content) {
     const auto json = foundation::serializeJSON(content);
-    if (const auto* text = std::get_if<std::string>(&json))
-        return *text;
-    platform::current().console->log(foundation::format("JSON serialization failed with error: %@",
-                                                        {std::get<foundation::Error>(json).description()}));
+    if (json)
+        return *json;
+    platform::current().console->log(
+        foundation::format("JSON serialization failed with error: %@", {json.error().description()}));
     return "{}";
 }
 
@@ -78,10 +78,9 @@ void TXInstallerLogController::setup() {
     const Pairs precisions{{"partnerName", TXInstallerConfig::partnerName()},
                            {"partnerId", TXInstallerConfig::partnerID()},
                            {"campaignId", TXInstallerConfig::campaignID()}};
-    for (const auto& [key, value] : precisions) {
+    for (const auto& [key, value] : precisions)
         if (value)
             sharedPrecisions[key] = *value;
-    }
 }
 
 void TXInstallerLogController::setVersion(const std::optional<std::string>& version) {
@@ -89,7 +88,7 @@ void TXInstallerLogController::setVersion(const std::optional<std::string>& vers
         sharedArguments["version"] = *version;
 }
 
-std::optional<foundation::URL> TXInstallerLogController::installerLogURL() {
+const std::optional<foundation::URL>& TXInstallerLogController::installerLogURL() {
     static const auto url =
         foundation::URL::withString("https://" + Deployment::installerLogHost() + "/1/installerlog/create");
     return url;
@@ -99,12 +98,12 @@ bool TXInstallerLogController::showLogs() {
     return TXInstallerTools::showLogs();
 }
 
-void TXInstallerLogController::installerLogToServerWithCode(const std::string& code) {
+void TXInstallerLogController::installerLogToServerWithCode(const std::optional<std::string>& code) {
     installerLogToServerWithCode(code, std::nullopt, true);
 }
 
 // Deliberate: `flush` is ignored; every event is sent at once.
-void TXInstallerLogController::installerLogToServerWithCode(const std::string& code,
+void TXInstallerLogController::installerLogToServerWithCode(const std::optional<std::string>& code,
                                                             const std::optional<Precisions>& precisions,
                                                             bool /*flush*/) {
     delegate->installerLogRequestWillStart();
@@ -112,16 +111,15 @@ void TXInstallerLogController::installerLogToServerWithCode(const std::string& c
     auto content = sharedPrecisions;
     for (const auto& [key, value] : precisions.value_or(Precisions()))
         content[key] = value;
-    arguments["step"] = code;
+    if (code)
+        arguments["step"] = *code;
     arguments["content"] = contentText(content);
     if (showLogs()) {
         platform::current().console->log(
-            foundation::format("[INSTALLER_LOG] %@\n%@\n", {code, descriptionOf(arguments)}));
+            foundation::format("[INSTALLER_LOG] %@\n%@\n", {foundation::textOf(code), descriptionOf(arguments)}));
     }
-    // A host that makes no URL leaves the event unsent and its count open, as a connection that cannot be made does.
-    if (const auto url = installerLogURL()) {
-        std::make_shared<TXInstallerLogRequest>(shared_from_this())->sendRequest(*url, std::optional(arguments));
-    }
+    std::make_shared<TXInstallerLogRequest>(shared_from_this())
+        ->sendRequest(installerLogURL(), std::optional(arguments));
 }
 
 void TXInstallerLogController::requestDidFinish(const TXInstallerLogRequest& /*request*/) {

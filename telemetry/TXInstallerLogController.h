@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/TXFlowInterfaces.h"
+#include "flow/TXFlowInterfaces.h"
 #include "telemetry/TXInstallerLogRequest.h"
 
 #include <map>
@@ -26,12 +26,23 @@ public:
     // The shared instance, or null before it was made.
     static std::shared_ptr<TXInstallerLogController> sharedTXInstallerLogController();
 
+    // Takes the shared arguments and precisions of all events afresh from the system and the configuration.
+    void setup();
+
+    // Where events are posted: made once per process. Absent where the log host makes no URL.
+    static const std::optional<foundation::URL>& installerLogURL();
+
+    // Whether events are printed on the console.
+    static bool showLogs();
+
     // The product version that later events carry; an absent one changes nothing.
     void setVersion(const std::optional<std::string>& version);
 
-    // Posts one event with the step code. The precisions are added to its content; `flush` makes no difference.
-    void installerLogToServerWithCode(const std::string& code);
-    void installerLogToServerWithCode(const std::string& code, const std::optional<Precisions>& precisions, bool flush);
+    // Posts one event with the step code, or without one when it is absent. The precisions are added to its content;
+    // `flush` makes no difference.
+    void installerLogToServerWithCode(const std::optional<std::string>& code);
+    void installerLogToServerWithCode(const std::optional<std::string>& code,
+                                      const std::optional<Precisions>& precisions, bool flush);
 
     void requestDidFinish(const TXInstallerLogRequest& request) override;
 
@@ -39,9 +50,6 @@ private:
     using Pairs = std::vector<std::pair<std::string, std::optional<std::string>>>;
 
     static Pairs installationArguments();
-    static std::optional<foundation::URL> installerLogURL();
-    static bool showLogs();
-    void setup();
 
     std::map<std::string, std::string> sharedArguments;
     Precisions sharedPrecisions;

@@ -27,10 +27,11 @@ public:
     explicit TXInstallerLogRequest(std::shared_ptr<TXInstallerLogRequestDelegate> withDelegate);
 
     // Posts the arguments as a form; absent ones make an empty body.
-    void sendRequest(const foundation::URL& url, const std::optional<Arguments>& withArguments);
+    void sendRequest(const std::optional<foundation::URL>& url, const std::optional<Arguments>& withArguments);
 
-    // Posts the text. When no connection can be made at all, the delegate is never told.
-    void sendRequest(const foundation::URL& url, const std::string& withBody);
+    // Posts the text. Without a URL the request fails, later; when no connection can be made at all, the delegate is
+    // never told.
+    void sendRequest(const std::optional<foundation::URL>& url, const std::string& withBody);
 
     void connectionDidReceiveResponse() override;
     void connectionDidReceiveData(std::string_view data) override;

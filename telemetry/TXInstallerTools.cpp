@@ -37,12 +37,16 @@ bool TXInstallerTools::showLogs() {
     return boolForUserDefaultsKey(showLogsKey);
 }
 
-std::string TXInstallerTools::installerId() {
+std::optional<std::string> TXInstallerTools::installerId() {
     if (const auto stored = objectForUserDefaultsKey(installerIdKey))
         return stored->description();
-    std::string identifier = platform::current().processInfo->makeUUID();
-    setObject(foundation::Value(identifier), installerIdKey);
-    return identifier;
+    auto identifier = platform::current().processInfo->makeUUID();
+    if (!identifier)
+        return std::nullopt;
+    setObject(foundation::Value(*identifier), installerIdKey);
+    // Another first run may have stored one a moment before; all go on with the same.
+    const auto stored = objectForUserDefaultsKey(installerIdKey);
+    return stored ? stored->description() : identifier;
 }
 
 std::string TXInstallerTools::systemVersionString() {
@@ -52,8 +56,10 @@ std::string TXInstallerTools::systemVersionString() {
 }
 
 bool TXInstallerTools::isInstalledMASTolvixAgent() {
-    const auto container =
-        foundation::path::expandingTilde("~/Library/Containers/" + Deployment::productBundleIdentifier(),
-                                         platform::current().processInfo->homeDirectory());
+    const std::string identifier = Deployment::productBundleIdentifier();
+    if (identifier.empty())
+        return false; // the folder of all containers is no container
+    const auto container = foundation::path::expandingTilde("~/Library/Containers/" + identifier,
+                                                            platform::current().processInfo->homeDirectory());
     return platform::current().fileQueries->fileExists(container);
 }

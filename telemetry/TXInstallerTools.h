@@ -23,12 +23,14 @@ public:
     // Whether events are printed on the console.
     static bool showLogs();
 
-    // The anonymous identifier of this account: made and stored at the first call ever, the same from then on.
-    static std::string installerId();
+    // The anonymous identifier of this account: made and stored at the first call ever, the same from then on. Absent
+    // where none is stored and none can be made.
+    static std::optional<std::string> installerId();
 
     // The system's version in the form that the services know, such as "OS_X_10_9_5".
     static std::string systemVersionString();
 
-    // Whether the edition from the store is present, judged by its sandbox container.
+    // Whether the edition from the store is present, judged by its sandbox container; a product without an identifier
+    // has none.
     static bool isInstalledMASTolvixAgent();
 };

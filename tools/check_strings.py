@@ -23,7 +23,8 @@ CANCEL = {
     "nl": {"Annuleer", "Annuleren"}, "pl": {"Anuluj"}, "pt-BR": {"Cancelar"},
     "pt-PT": {"Cancelar"}, "ro": {"Anulați", "Anulează", "Anulare"},
     "ru": {"Отменить", "Отмена"}, "sk": {"Zrušiť"}, "sl": {"Prekliči"},
-    "sr": {"Откажи", "Одустани"}, "sv": {"Avbryt"}, "th": {"ยกเลิก"},
+    "sr": {"Откажи", "Одустани"}, "sr-Latn": {"Otkaži", "Odustani"},
+    "sv": {"Avbryt"}, "th": {"ยกเลิก"},
     "tr": {"Vazgeç", "İptal"}, "uk": {"Скасувати"}, "vi": {"Hủy", "Huỷ"},
     "zh-Hans": {"取消"}, "zh-Hant": {"取消"},
 }
@@ -46,7 +47,16 @@ BUTTONS = [
 ]
 ALL_BUTTONS = {key for row in BUTTONS for key in row}
 
+# Commands in the menus of a system with a menu bar.
+MENUS = {"MAC_LAUNCHER_MENU_HIDE", "MAC_LAUNCHER_MENU_MINIMIZE",
+         "MAC_LAUNCHER_MENU_HELP"}
+TITLES = ALL_BUTTONS | MENUS
+
 PRODUCT = "Tolvix"
+# An ending or, in Hebrew and Arabic letters, a prefix that is glued to the name; apostrophes and hyphens may stand
+# between. Words of a compound are longer than that. Japanese and Korean particles follow any name unchanged.
+LETTER = "[a-zà-ÿĀ-ɏͰ-ӿ]"
+INFLECTED = re.compile(rf"{PRODUCT}(?:[’']?{LETTER}|-{LETTER}{{1,3}}\b)|[א-ת؀-ۿ]-?{PRODUCT}")
 RIGHT_TO_LEFT = {"ar", "fa", "he"}
 FILLER = re.compile(r"(?:\s|/\*.*?\*/)*", re.S)
 ENTRY = re.compile(r'"((?:[^"\\]|\\.)*)"\s*=\s*"((?:[^"\\]|\\.)*)"\s*;', re.S)
@@ -106,10 +116,14 @@ def text_faults(language: str, key: str, text: str, english: str) -> Iterator[st
         yield "copy of the English text"
     if PRODUCT in english and PRODUCT not in text:
         yield f"does not name {PRODUCT}"
-    if re.search(r"\.\.\.| [?!:;…]|  ", text):
-        yield "three dots, a double blank, or a breaking one before a mark"
-    if (key in ALL_BUTTONS or key.endswith("_TITLE")) and text.endswith((".", "。", "।")):
-        yield "title or button ends with a period"
+    if INFLECTED.search(text):
+        yield f"bends the name {PRODUCT}"
+    if re.search(r"\bMac", text):
+        yield "speaks of a Mac, which not every computer is"
+    if re.search(r"\.\.\.| [?!:;…]|  |['\"]", text):
+        yield "three dots, a double blank, a breaking one before a mark, or a straight quote"
+    if (key in TITLES or key.endswith("_TITLE")) and text.endswith((".", "。", "।")):
+        yield "title, button or command ends with a period"
     if key in ALL_BUTTONS and text in CANCEL.get(language, ()):
         yield 'button titled "Cancel"'
     # The first letter decides the direction of the whole line.
@@ -129,7 +143,7 @@ def table_faults(language: str, pairs: list[tuple[str, str]], english: dict[str,
             for fault in text_faults(language, key, text, english[key]):
                 yield key, fault
         table[key] = text
-    for key in sorted((english.keys() | ALL_BUTTONS) - table.keys()):
+    for key in sorted((english.keys() | TITLES) - table.keys()):
         yield key, "missing"
     known = [key for key in table if key in english]
     if known != [key for key in english if key in table]:

@@ -28,7 +28,7 @@ def parse_arguments():
     parser.add_argument("--check-body", metavar="NAME|FILE",
                         help=f"the answer to the check: a file, or {', '.join([*BODIES, STRING_CODE])}")
     parser.add_argument("--fault", action="append", default=[], metavar="SERVICE:NAME[=VALUE]")
-    parser.add_argument("--events", metavar="FILE", help="append every event as a line of JSON")
+    parser.add_argument("--events", metavar="FILE", help="append every event to this journal, a line of JSON each")
     parser.add_argument("--ready-file", metavar="FILE", help="made when all services listen, removed at the end")
     parser.add_argument("--quiet", action="store_true", help="print nothing")
     return parser.parse_args()

@@ -46,7 +46,7 @@ _PICTURE = base64.b64decode("iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAYAAAAfFcSJAAAADUl
                             "WjR9awAAAABJRU5ErkJggg==")
 
 
-def make_sample_product(out, version="5.1.0", identifier="com.tolvix.desktop", payload_files=0, payload_bytes=0,
+def make_sample_product(out, version="5.1.0", identifier="example.tolvix.desktop", payload_files=0, payload_bytes=0,
                         lifetime=60.0, ignore_term=False):
     """Makes the folder `out`, which must be missing or empty; it appears complete or not at all.
 
@@ -150,7 +150,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__, allow_abbrev=False)
     parser.add_argument("out", metavar="OUT_FOLDER", help="must be missing or empty")
     parser.add_argument("--version", default="5.1.0")
-    parser.add_argument("--identifier", default="com.tolvix.desktop")
+    parser.add_argument("--identifier", default="example.tolvix.desktop")
     parser.add_argument("--payload-files", type=_count, default=0, metavar="N")
     parser.add_argument("--payload-bytes", type=_count, default=0, metavar="M", help="size of each payload file")
     parser.add_argument("--lifetime", type=_seconds, default=60.0, metavar="SECONDS")

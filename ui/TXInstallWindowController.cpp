@@ -4,6 +4,15 @@
 
 TXInstallWindowController::TXInstallWindowController(platform::Window& withWindow) : _window(withWindow) {}
 
+std::shared_ptr<TXInstallWindowController> TXInstallWindowController::load(platform::MainInterface& interface) {
+    auto controller = std::make_shared<TXInstallWindowController>(interface.window());
+    controller->setTextIndicator(&interface.textIndicator());
+    controller->setProgressIndicator(&interface.progressIndicator());
+    controller->awakeFromNib();
+    controller->windowDidLoad();
+    return controller;
+}
+
 void TXInstallWindowController::awakeFromNib() {
     _window.setTitle(TXLocalizedString("MAC_LAUNCHER_WINDOW_TITLE"));
 }

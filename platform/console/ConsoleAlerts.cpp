@@ -1,5 +1,7 @@
 #include "platform/console/ConsoleAlerts.h"
 
+#include "platform/console/ConsoleText.h"
+#include "platform/linux/Terminal.h"
 #include "platform/linux/TerminalOutput.h"
 
 #include <array>
@@ -15,31 +17,44 @@ namespace {
 
 // Questions go where the person looks: standard output may lead into a file.
 int questionDescriptor() {
-    return ::isatty(STDOUT_FILENO) != 1 && ::isatty(STDERR_FILENO) == 1 ? STDERR_FILENO : STDOUT_FILENO;
+    return !terminal::isTerminal(STDOUT_FILENO) && terminal::isTerminal(STDERR_FILENO) ? STDERR_FILENO : STDOUT_FILENO;
 }
 
 bool canAsk() {
-    return ::isatty(STDIN_FILENO) == 1;
+    return terminal::isTerminal(STDIN_FILENO) && !terminal::isInBackground(STDIN_FILENO);
 }
 
-void print(const std::string& lines) {
-    TerminalOutput::shared().write(questionDescriptor(), lines);
+// What was typed before is no answer to a question that comes now.
+void forgetTypedText() {
+    const terminal::KeepRunning keepRunning;
+    ::tcflush(STDIN_FILENO, TCIFLUSH);
+}
+
+ssize_t readWithoutStopping(char* buffer, std::size_t size) {
+    const terminal::KeepRunning keepRunning;
+    return ::read(STDIN_FILENO, buffer, size);
 }
 
 std::string buttonLines(const Alert& alert) {
     std::string lines;
     for (std::size_t index = 0; index < alert.buttons.size(); ++index) {
-        lines += '[' + std::to_string(index + 1) + "] " + printableText(alert.buttons[index]) + '\n';
+        const std::string number = '[' + std::to_string(index + 1) + "] ";
+        lines += consoleLines(questionDescriptor(), number + alert.buttons[index], number.size());
     }
     return lines;
 }
 
-// The number from 1 to `count` that is all there is in the line but blanks, or 0.
+std::string promptText(const Alert& alert) {
+    const std::size_t count = alert.buttons.size();
+    return (count > 1 ? "[1-" + std::to_string(count) : "[1") + ", Return = 1] > ";
+}
+
+// The number from 1 to `count` that is all there is in the line but blanks, or 0. An empty line stands for the first
+// button, which answers the Return key.
 std::size_t chosenNumber(const std::string& line, std::size_t count) {
     const std::size_t start = line.find_first_not_of(" \t\r");
-    if (start == std::string::npos) {
-        return 0;
-    }
+    if (start == std::string::npos)
+        return 1;
     const char* const last = line.data() + line.find_last_not_of(" \t\r") + 1;
     std::size_t number = 0;
     const auto [end, error] = std::from_chars(line.data() + start, last, number);
@@ -53,52 +68,83 @@ ConsoleAlerts::ConsoleAlerts(std::function<void(bool)> openChanged)
       inputReady_(std::make_unique<QSocketNotifier>(STDIN_FILENO, QSocketNotifier::Read)) {
     inputReady_->setEnabled(false);
     QObject::connect(inputReady_.get(), &QSocketNotifier::activated, inputReady_.get(), [this] { readInput(); });
-    for (QTimer* timer : {&quitLater_, &nextLater_}) {
+    for (QTimer* timer : {&quitLater_, &askLater_}) {
         timer->setSingleShot(true);
         timer->setInterval(0);
     }
     quitLater_.callOnTimeout([this] { takeQuitButton(); });
-    nextLater_.callOnTimeout([this] { showNext(); });
+    askLater_.callOnTimeout([this] { ask(); });
+    flushLater_.setInterval(100);
+    flushLater_.callOnTimeout([this] {
+        if (TerminalOutput::shared().flush({}))
+            flushLater_.stop();
+    });
 }
 
-void ConsoleAlerts::beginSheet(const Alert& alert, std::function<void(int)> ended) {
-    questions_.push_back({alert, std::move(ended)});
-    if (questions_.size() == 1) {
+void ConsoleAlerts::show(const Alert& alert) {
+    const bool isFirst = alert_ == nullptr;
+    stopAsking();
+    alert_ = &alert;
+    if (isFirst) {
         openChanged_(true);
-        showFirst();
+        ask();
+    } else {
+        // Later: the answer before may have told the program to end, and then there is no next question.
+        askLater_.start();
     }
 }
 
-void ConsoleAlerts::showFirst() {
-    const Alert& alert = questions_.front().alert;
-    std::string text = '\n' + printableText(alert.messageText) + '\n';
-    if (!alert.informativeText.empty()) {
-        text += printableText(alert.informativeText) + '\n';
-    }
-    print(text + '\n' + buttonLines(alert));
+void ConsoleAlerts::allEnded(bool /*programEnds*/) {
+    stopAsking();
+    alert_ = nullptr;
+    openChanged_(false);
+}
+
+void ConsoleAlerts::stopAsking() {
+    inputReady_->setEnabled(false);
+    quitLater_.stop();
+    askLater_.stop();
+    // The prompt, when nobody has answered it.
+    TerminalOutput::shared().clear();
+}
+
+void ConsoleAlerts::ask() {
+    const Alert& alert = *alert_;
+    std::string text = '\n' + consoleLines(questionDescriptor(), alert.messageText);
+    if (!alert.informativeText.empty())
+        text += consoleLines(questionDescriptor(), alert.informativeText);
+    text += '\n' + buttonLines(alert);
     if (canAsk()) {
-        // What was typed before the question was there is no answer to it.
-        ::tcflush(STDIN_FILENO, TCIFLUSH);
+        // Before the question stands there: what is typed from then on is an answer.
+        forgetTypedText();
         input_.clear();
-        prompt();
+        prompt(text);
         inputReady_->setEnabled(true);
     } else {
+        print(text);
         quitLater_.start();
     }
 }
 
-void ConsoleAlerts::prompt() {
-    if (::isatty(questionDescriptor()) == 1) {
-        TerminalOutput::shared().show(questionDescriptor(), "> ");
-    }
+void ConsoleAlerts::prompt(const std::string& linesAbove) {
+    const int descriptor = questionDescriptor();
+    if (terminal::isTerminal(descriptor))
+        TerminalOutput::shared().show(descriptor, promptText(*alert_), linesAbove);
+    else
+        TerminalOutput::shared().write(descriptor, linesAbove);
+    flushLater_.start();
+}
+
+void ConsoleAlerts::print(const std::string& lines) {
+    TerminalOutput::shared().write(questionDescriptor(), lines);
 }
 
 void ConsoleAlerts::readInput() {
     std::array<char, 4096> buffer{};
-    const ssize_t count = ::read(STDIN_FILENO, buffer.data(), buffer.size());
-    if (count < 0 && (errno == EINTR || errno == EAGAIN)) {
+    const ssize_t count = readWithoutStopping(buffer.data(), buffer.size());
+    if (count < 0 && (errno == EINTR || errno == EAGAIN))
         return;
-    }
+    // The end of the input, or a terminal that another job has now.
     if (count <= 0) {
         takeQuitButton();
         return;
@@ -113,39 +159,18 @@ void ConsoleAlerts::readInput() {
 }
 
 void ConsoleAlerts::takeLine(const std::string& line) {
-    const Alert& alert = questions_.front().alert;
-    const std::size_t number = chosenNumber(line, alert.buttons.size());
-    if (number > 0) {
-        takeButton(number - 1);
-        return;
-    }
-    print(buttonLines(alert));
-    prompt();
+    const std::size_t number = chosenNumber(line, alert_->buttons.size());
+    if (number > 0)
+        answer(Alert::firstButtonReturn + static_cast<int>(number - 1));
+    else
+        prompt(buttonLines(*alert_));
 }
 
 void ConsoleAlerts::takeQuitButton() {
-    const std::size_t button = questions_.front().alert.quitButton;
+    const std::size_t button = alert_->quitButton;
     TerminalOutput::shared().clear();
     print("> " + std::to_string(button + 1) + '\n');
-    takeButton(button);
-}
-
-// The question stays the first until its end is told, so that an alert begun meanwhile waits for its turn.
-void ConsoleAlerts::takeButton(std::size_t button) {
-    inputReady_->setEnabled(false);
-    const auto ended = std::move(questions_.front().ended);
-    ended(Alert::firstButtonReturn + static_cast<int>(button));
-    // Later: the program may have been told to end, and then there is no next question.
-    nextLater_.start();
-}
-
-void ConsoleAlerts::showNext() {
-    questions_.pop_front();
-    if (questions_.empty()) {
-        openChanged_(false);
-    } else {
-        showFirst();
-    }
+    answer(Alert::firstButtonReturn + static_cast<int>(button));
 }
 
 } // namespace platform

@@ -2,6 +2,7 @@
 
 #include "platform/console/ConsoleAlerts.h"
 #include "platform/console/ConsoleProgress.h"
+#include "platform/console/ConsoleText.h"
 #include "platform/linux/TerminalOutput.h"
 #include "platform/posix/PosixTasks.h"
 #include "platform/qtcore/QuitSignals.h"
@@ -27,9 +28,8 @@ public:
 class ConsoleLabel : public Label {
 public:
     void setStringValue(const std::string& text) override {
-        if (text != text_ && !text.empty()) {
-            TerminalOutput::shared().write(STDOUT_FILENO, printableText(text) + '\n');
-        }
+        if (text != text_ && !text.empty())
+            TerminalOutput::shared().write(STDOUT_FILENO, consoleLines(STDOUT_FILENO, text));
         text_ = text;
     }
 
@@ -40,8 +40,9 @@ private:
 class ConsoleInterface : public MainInterface {
 public:
     ConsoleInterface() : alerts_([this](bool open) { progress_.setSuspended(open); }) {
-        QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, &context_,
-                         [] { TerminalOutput::shared().clear(); });
+        QObject::connect(
+            QCoreApplication::instance(), &QCoreApplication::aboutToQuit, &context_,
+            [] { TerminalOutput::shared().clear(); });
     }
 
     Window& window() override { return window_; }
@@ -78,9 +79,8 @@ void makeApplicationObject() {
 
 std::unique_ptr<MainInterface> makeConsoleInterface() {
     ignoreBrokenPipes();
-    if (QCoreApplication::instance() == nullptr) {
+    if (QCoreApplication::instance() == nullptr)
         makeApplicationObject();
-    }
     return std::make_unique<ConsoleInterface>();
 }
 

@@ -1,24 +1,18 @@
 #include "platform/console/ConsoleProgress.h"
 
+#include "platform/linux/Terminal.h"
 #include "platform/linux/TerminalOutput.h"
 
 #include <algorithm>
 #include <chrono>
 
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 namespace platform {
 namespace {
 
 constexpr std::chrono::milliseconds shortestPause{50};
-constexpr std::size_t usualColumns = 80;
 constexpr std::size_t widestLine = 72;
-
-std::size_t terminalColumns() {
-    struct winsize size {};
-    return ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : usualColumns;
-}
 
 // "[####      ]  40%", or the number alone where there is no room. The last column stays free: writing there would
 // begin a new line on some terminals.
@@ -27,9 +21,8 @@ std::string barText(int percent, std::size_t columns) {
     number.insert(0, 4 - std::min<std::size_t>(number.size(), 4), ' ');
     const std::size_t width = std::min(columns - 1, widestLine);
     const std::size_t frame = number.size() + 3;
-    if (width < frame + 4) {
+    if (width < frame + 4)
         return number.substr(0, width);
-    }
     const std::size_t length = width - frame;
     const std::size_t filled = length * static_cast<std::size_t>(percent) / 100;
     return '[' + std::string(filled, '#') + std::string(length - filled, ' ') + "] " + number;
@@ -37,7 +30,8 @@ std::string barText(int percent, std::size_t columns) {
 
 } // namespace
 
-ConsoleProgress::ConsoleProgress() : isTerminal_(::isatty(STDOUT_FILENO) == 1) {
+ConsoleProgress::ConsoleProgress()
+    : canDraw_(terminal::isTerminal(STDOUT_FILENO) && !terminal::isPlain(STDOUT_FILENO)) {
     pause_.setSingleShot(true);
     pause_.setInterval(shortestPause);
     pause_.callOnTimeout([this] { update(); });
@@ -70,9 +64,8 @@ void ConsoleProgress::setSuspended(bool suspended) {
 
 void ConsoleProgress::update() {
     if (isShown()) {
-        if (!pause_.isActive()) {
+        if (!pause_.isActive())
             draw();
-        }
     } else if (!drawn_.empty()) {
         TerminalOutput::shared().clear();
         drawn_.clear();
@@ -80,7 +73,10 @@ void ConsoleProgress::update() {
 }
 
 void ConsoleProgress::draw() {
-    const std::string text = barText(percent(), terminalColumns());
+    // Another job's terminal is not ours to draw on.
+    if (terminal::isInBackground(STDOUT_FILENO))
+        return;
+    const std::string text = barText(percent(), terminal::columns(STDOUT_FILENO));
     if (text != drawn_) {
         TerminalOutput::shared().show(STDOUT_FILENO, text);
         drawn_ = text;

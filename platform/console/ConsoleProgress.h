@@ -8,7 +8,8 @@
 
 namespace platform {
 
-// The bar on the lowest line of the terminal; nothing where standard output is none. It is shown while a value is
+// The bar on the lowest line of the terminal; nothing where standard output is none, or cannot take
+// a line back. It is shown while a value is
 // known: an animation would disturb a password prompt on the same terminal.
 class ConsoleProgress : public ProgressIndicator {
 public:
@@ -25,12 +26,12 @@ public:
     void setSuspended(bool suspended);
 
 private:
-    bool isShown() const { return isTerminal_ && !indeterminate_ && !suspended_; }
+    bool isShown() const { return canDraw_ && !indeterminate_ && !suspended_; }
     void update();
     void draw();
     int percent() const;
 
-    const bool isTerminal_;
+    const bool canDraw_;
     bool indeterminate_ = true;
     bool suspended_ = false;
     double minimum_ = 0;

@@ -1,8 +1,18 @@
 #include "platform/curl/EasyHandle.h"
 
-#include "platform/curl/SourceURL.h"
+#include "platform/curl/CurlFailure.h"
+#include "platform/transfers/SourceURL.h"
+
+#include <utility>
 
 namespace platform::curl {
+
+namespace {
+
+// In seconds.
+constexpr long longestPause = 2;
+
+} // namespace
 
 EasyHandle::EasyHandle(const std::string& url, const WebSettings& settings)
     : headers_(nullptr, &curl_slist_free_all), handle_(curl_easy_init(), &curl_easy_cleanup),
@@ -26,8 +36,8 @@ void EasyHandle::setSecurity(const std::string& url, const WebSettings& settings
     set(CURLOPT_SSL_VERIFYHOST, 2L);
     setTrust(settings.trusted);
     set(CURLOPT_PROTOCOLS_STR, "http,https");
-    set(CURLOPT_REDIR_PROTOCOLS_STR, isSecure(url) ? "https" : "http,https");
-    set(CURLOPT_PREREQFUNCTION, &EasyHandle::checkRedirect);
+    set(CURLOPT_REDIR_PROTOCOLS_STR, transfers::isSecure(url) ? "https" : "http,https");
+    set(CURLOPT_PREREQFUNCTION, &EasyHandle::checkRequest);
     set(CURLOPT_PREREQDATA, this);
 }
 
@@ -44,18 +54,28 @@ void EasyHandle::setTrust(const TrustedCertificates& trusted) {
     }
 }
 
+void EasyHandle::sendAtMostOnce() {
+    sentAtMostOnce_ = true;
+    // So short an age that services do not yet close connections: the request on such a one would be lost.
+    set(CURLOPT_MAXAGE_CONN, longestPause);
+}
+
 // Called before each request of the chain is sent: the lists of protocols cannot tell an open connection that comes
 // after an encrypted one from any other.
-int EasyHandle::checkRedirect(void* self, char* /*peer*/, char* /*local*/, int /*peerPort*/, int /*localPort*/) {
+int EasyHandle::checkRequest(void* self, char* /*peer*/, char* /*local*/, int /*peerPort*/, int /*localPort*/) {
     auto& handle = *static_cast<EasyHandle*>(self);
-    const bool secure = isSecure(handle.url());
+    const bool secure = transfers::isSecure(handle.url());
     if (handle.secure_ && !secure)
         return CURL_PREREQFUNC_ABORT;
     handle.secure_ = secure;
+    const long redirects = handle.number(CURLINFO_REDIRECT_COUNT);
+    handle.sentAgain_ = handle.sentAtMostOnce_ && std::exchange(handle.sentAfterRedirects_, redirects) == redirects;
+    if (handle.sentAgain_)
+        return CURL_PREREQFUNC_ABORT;
     return CURL_PREREQFUNC_OK;
 }
 
-void EasyHandle::setPost(const PostRequest& request) {
+void EasyHandle::setPost(const transfers::WebRequest& request) {
     set(CURLOPT_POST, 1L);
     set(CURLOPT_POSTFIELDS, request.body.data());
     set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size()));
@@ -88,8 +108,11 @@ std::string EasyHandle::url() const {
     return text == nullptr ? std::string() : text;
 }
 
-TransferFailure EasyHandle::failure(CURLcode result) const {
-    auto failure = webFailure(result, number(CURLINFO_RESPONSE_CODE), number(CURLINFO_REDIRECT_COUNT));
+transfers::TransferFailure EasyHandle::failure(CURLcode result) const {
+    // What had happened before.
+    if (sentAgain_)
+        result = CURLE_GOT_NOTHING;
+    auto failure = curlFailure(result, number(CURLINFO_RESPONSE_CODE), number(CURLINFO_REDIRECT_COUNT));
     failure.detail = errorText_.front() != '\0' ? errorText_.data() : curl_easy_strerror(result);
     return failure;
 }

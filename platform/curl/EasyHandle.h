@@ -1,9 +1,8 @@
 #pragma once
 
-#include "platform/Transfers.h"
-#include "platform/curl/TransferFailure.h"
-#include "platform/curl/TransferLimits.h"
 #include "platform/curl/TrustedCertificates.h"
+#include "platform/transfers/Loader.h"
+#include "platform/transfers/TransferLimits.h"
 
 #include <array>
 #include <curl/curl.h>
@@ -14,7 +13,7 @@ namespace platform::curl {
 
 // What every web transfer is set up with.
 struct WebSettings {
-    TransferLimits limits;
+    transfers::TransferLimits limits;
     TrustedCertificates trusted;
 };
 
@@ -27,6 +26,10 @@ public:
     EasyHandle(const EasyHandle&) = delete;
     EasyHandle& operator=(const EasyHandle&) = delete;
 
+    // The request may be sent once at each address, though the library would send it again when a kept connection turns
+    // out to be closed.
+    void sendAtMostOnce();
+
     // Null when the library did not take every setting: a transfer without one of them must not run.
     CURL* get() const { return usable_ ? handle_.get() : nullptr; }
 
@@ -37,7 +40,7 @@ public:
     }
 
     // Makes it a POST; `request` must outlive the handle.
-    void setPost(const PostRequest& request);
+    void setPost(const transfers::WebRequest& request);
 
     long number(CURLINFO info) const;
     curl_off_t size(CURLINFO info) const;
@@ -46,18 +49,22 @@ public:
     std::string url() const;
 
     // What the result means, with the library's own words.
-    TransferFailure failure(CURLcode result) const;
+    transfers::TransferFailure failure(CURLcode result) const;
 
 private:
     void setSecurity(const std::string& url, const WebSettings& settings);
     void setTrust(const TrustedCertificates& trusted);
-    static int checkRedirect(void* self, char* peer, char* local, int peerPort, int localPort);
+    static int checkRequest(void* self, char* peer, char* local, int peerPort, int localPort);
 
     std::array<char, CURL_ERROR_SIZE> errorText_{};
     std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)> headers_;
     std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> handle_;
     bool usable_;
     bool secure_ = false;
+    bool sentAtMostOnce_ = false;
+    // How many redirects had been followed at the last request that was sent; -1 before the first.
+    long sentAfterRedirects_ = -1;
+    bool sentAgain_ = false;
 };
 
 } // namespace platform::curl

@@ -114,10 +114,9 @@ bool TransferLoop::beginAdded() {
 
 void TransferLoop::endFinished() {
     int left = 0;
-    while (const CURLMsg* message = curl_multi_info_read(multi_, &left)) {
+    while (const CURLMsg* message = curl_multi_info_read(multi_, &left))
         if (message->msg == CURLMSG_DONE)
             WebTransfer::of(message->easy_handle).end(message->data.result);
-    }
 }
 
 void TransferLoop::advanceAll() {

@@ -1,6 +1,6 @@
 #include "platform/curl/TrustedCertificates.h"
 
-#include "platform/curl/SourceFile.h"
+#include "platform/transfers/SourceFile.h"
 
 #include <cstdlib>
 #include <curl/curl.h>
@@ -15,10 +15,8 @@ constexpr std::size_t longestBundle = std::size_t{16} << 20;
 std::string contents(const char* path) {
     if (path == nullptr)
         return {};
-    const auto file = SourceFile::open(path);
-    if (std::holds_alternative<TransferFailure>(file))
-        return {};
-    return std::get<SourceFile>(file).readAll(longestBundle).value_or("");
+    const auto file = transfers::SourceFile::open(path);
+    return file ? file->readAll(longestBundle).value_or("") : std::string();
 }
 
 // Such as "5ad8a5d6.0".

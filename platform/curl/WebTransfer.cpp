@@ -1,6 +1,16 @@
 #include "platform/curl/WebTransfer.h"
 
+#include <utility>
+
 namespace platform::curl {
+
+using transfers::RequestKind;
+
+namespace {
+
+constexpr long downloadBufferSize = 512L * 1024;
+
+} // namespace
 
 void WebTransfer::leave() {
     if (multi_ != nullptr)
@@ -16,15 +26,29 @@ WebTransfer& WebTransfer::of(CURL* handle) {
 }
 
 void WebTransfer::begin(CURLM* multi) {
-    handle_.emplace(url_, *settings_);
-    handle_->set(CURLOPT_PRIVATE, this);
-    handle_->set(CURLOPT_WRITEFUNCTION, &WebTransfer::receiveBody);
-    handle_->set(CURLOPT_WRITEDATA, this);
-    configure(*handle_);
-    if (curl_multi_add_handle(multi, handle_->get()) == CURLM_OK) {
+    handle_.emplace(request_.url.absoluteString(), *settings_);
+    configure();
+    if (curl_multi_add_handle(multi, handle_->get()) == CURLM_OK)
         multi_ = multi;
-    } else {
+    else
         end(CURLE_FAILED_INIT);
+}
+
+void WebTransfer::configure() {
+    handle_->set(CURLOPT_PRIVATE, this);
+    handle_->set(CURLOPT_WRITEFUNCTION, &WebTransfer::bodyCame);
+    handle_->set(CURLOPT_WRITEDATA, this);
+    handle_->set(CURLOPT_HEADERFUNCTION, &WebTransfer::headerCame);
+    handle_->set(CURLOPT_HEADERDATA, this);
+    if (request_.kind == RequestKind::Fetch)
+        handle_->set(CURLOPT_ACCEPT_ENCODING, "gzip");
+    if (request_.kind == RequestKind::Download) {
+        handle_->set(CURLOPT_BUFFERSIZE, downloadBufferSize);
+        // The page that comes with an error is not waited for.
+        handle_->set(CURLOPT_FAILONERROR, 1L);
+    } else if (request_.kind == RequestKind::Post) {
+        handle_->setPost(request_);
+        handle_->sendAtMostOnce();
     }
 }
 
@@ -46,27 +70,54 @@ Clock::time_point WebTransfer::silenceEnd() {
         transferred_ = transferred;
         lastTransfer_ = Clock::now();
     }
-    return lastTransfer_ + limits().idleTimeout;
+    return lastTransfer_ + settings_->limits.idleTimeout;
 }
 
 void WebTransfer::end(CURLcode result) {
     over_ = true;
-    if (result == CURLE_OK) {
-        succeeded();
-    } else {
-        failed(failure_.value_or(handle_->failure(result)));
-    }
-}
-
-foundation::Error WebTransfer::errorFor(const TransferFailure& failure) const {
+    if (result == CURLE_OK)
+        respond();
     const std::string reached = handle_->url();
-    return errorOf(failure, reached.empty() ? url_ : reached);
+    sink_->end(failure(result), reached.empty() ? request_.url.absoluteString() : reached);
 }
 
-std::size_t WebTransfer::receiveBody(char* bytes, std::size_t /*unit*/, std::size_t count, void* self) {
-    auto& transfer = *static_cast<WebTransfer*>(self);
-    transfer.failure_ = transfer.receive({bytes, count});
-    return transfer.failure_ ? 0 : count;
+std::optional<transfers::TransferFailure> WebTransfer::failure(CURLcode result) const {
+    if (result == CURLE_OK || stopped_)
+        return std::nullopt;
+    return headerBytes_ > settings_->limits.headerBytes ? transfers::lengthFailure() : handle_->failure(result);
+}
+
+// Not at the headers: those of a redirect look the same, and an empty body comes without a piece.
+bool WebTransfer::respond() {
+    if (!std::exchange(responded_, true))
+        stopped_ =
+            !sink_->respond(handle_->number(CURLINFO_RESPONSE_CODE), handle_->size(CURLINFO_CONTENT_LENGTH_DOWNLOAD_T));
+    return !stopped_;
+}
+
+bool WebTransfer::receive(std::string_view bytes) {
+    stopped_ = !respond() || !sink_->receive(bytes);
+    return !stopped_;
+}
+
+bool WebTransfer::receiveHeader(std::size_t length) {
+    headerBytes_ += length;
+    if (headerBytes_ <= settings_->limits.headerBytes)
+        return true;
+    // Nobody reads the answer to a post.
+    if (request_.kind == RequestKind::Post) {
+        respond();
+        stopped_ = true;
+    }
+    return false;
+}
+
+std::size_t WebTransfer::bodyCame(char* bytes, std::size_t /*unit*/, std::size_t count, void* self) {
+    return static_cast<WebTransfer*>(self)->receive({bytes, count}) ? count : 0;
+}
+
+std::size_t WebTransfer::headerCame(char* /*bytes*/, std::size_t /*unit*/, std::size_t count, void* self) {
+    return static_cast<WebTransfer*>(self)->receiveHeader(count) ? count : 0;
 }
 
 } // namespace platform::curl

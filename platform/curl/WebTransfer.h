@@ -2,17 +2,20 @@
 
 #include "platform/curl/EasyHandle.h"
 #include "platform/curl/Transfer.h"
+#include "platform/transfers/Loader.h"
 
+#include <cstddef>
+#include <memory>
 #include <optional>
-#include <string_view>
 
 namespace platform::curl {
 
-// A transfer over the web: one request that the multi handle drives and that ends when the server falls silent.
-class WebTransfer : public Transfer {
+// One request over the web, which the multi handle drives and which ends when the server falls silent.
+class WebTransfer final : public Transfer {
 public:
     // `settings` must outlive the transfer.
-    WebTransfer(std::string url, const WebSettings& settings) : url_(std::move(url)), settings_(&settings) {}
+    WebTransfer(transfers::WebRequest request, const WebSettings& settings, std::unique_ptr<transfers::Sink> sink)
+        : request_(std::move(request)), settings_(&settings), sink_(std::move(sink)) {}
     ~WebTransfer() override { leave(); }
     WebTransfer(const WebTransfer&) = delete;
     WebTransfer& operator=(const WebTransfer&) = delete;
@@ -27,32 +30,26 @@ public:
     // The request is over, as libcurl says.
     void end(CURLcode result);
 
-protected:
-    // Adds what this kind of transfer needs.
-    virtual void configure(EasyHandle& /*handle*/) {}
-
-    // A piece of the final response's body. A failure ends the transfer.
-    virtual std::optional<TransferFailure> receive(std::string_view bytes) = 0;
-
-    // The transfer has succeeded, once its body is complete, or failed.
-    virtual void succeeded() = 0;
-    virtual void failed(const TransferFailure& failure) = 0;
-
-    const EasyHandle& handle() const { return *handle_; }
-    const TransferLimits& limits() const { return settings_->limits; }
-    // The error for a failure, which names the address that the request had got to.
-    foundation::Error errorFor(const TransferFailure& failure) const;
-
 private:
+    void configure();
     void leave();
-    static std::size_t receiveBody(char* bytes, std::size_t unit, std::size_t count, void* self);
+    std::optional<transfers::TransferFailure> failure(CURLcode result) const;
+    bool respond();
+    bool receive(std::string_view bytes);
+    bool receiveHeader(std::size_t length);
+    static std::size_t bodyCame(char* bytes, std::size_t unit, std::size_t count, void* self);
+    static std::size_t headerCame(char* bytes, std::size_t unit, std::size_t count, void* self);
     Clock::time_point silenceEnd();
 
-    std::string url_;
+    const transfers::WebRequest request_;
     const WebSettings* settings_;
+    std::unique_ptr<transfers::Sink> sink_;
     CURLM* multi_ = nullptr;
     std::optional<EasyHandle> handle_;
-    std::optional<TransferFailure> failure_;
+    std::size_t headerBytes_ = 0;
+    bool responded_ = false;
+    // The sink wants no more.
+    bool stopped_ = false;
     curl_off_t transferred_ = -1;
     Clock::time_point lastTransfer_;
     bool over_ = false;

@@ -45,18 +45,14 @@ ElevationFacts currentElevationFacts() {
 }
 
 Elevation chooseElevation(const ElevationFacts& facts) {
-    if (facts.isRoot) {
+    if (facts.isRoot)
         return Elevation::Direct;
-    }
-    if (facts.hasPkexec && facts.hasSystemBus && (facts.hasDisplay || facts.hasTerminal)) {
+    if (facts.hasPkexec && facts.hasSystemBus && (facts.hasDisplay || facts.hasTerminal))
         return Elevation::Pkexec;
-    }
-    if (!facts.hasSudo) {
+    if (!facts.hasSudo)
         return Elevation::None;
-    }
-    if (facts.hasAskpass) {
+    if (facts.hasAskpass)
         return Elevation::SudoAskpass;
-    }
     return facts.hasTerminal ? Elevation::SudoTerminal : Elevation::SudoWithoutAsk;
 }
 
@@ -84,25 +80,21 @@ TaskDescription elevatedCommand(Elevation elevation, const std::string& tool,
         command.arguments = {"-n", "--"};
         break;
     }
-    if (elevation != Elevation::Direct) {
+    if (elevation != Elevation::Direct)
         command.arguments.push_back(tool);
-    }
     command.arguments.insert(command.arguments.end(), arguments.begin(), arguments.end());
     return command;
 }
 
 std::vector<std::string> elevatedEnvironment(Elevation elevation) {
     std::vector<std::string> environment{"PATH=/usr/sbin:/usr/bin:/sbin:/bin", "LC_ALL=C"};
-    if (elevation == Elevation::Direct) {
+    if (elevation == Elevation::Direct)
         return environment;
-    }
     // What pkexec and sudo need to ask for a password; neither of them passes it on to the tool.
     for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "XAUTHORITY", "XDG_RUNTIME_DIR", "DBUS_SESSION_BUS_ADDRESS",
-                             "SUDO_ASKPASS", "TERM", "HOME"}) {
-        if (isSet(name)) {
+                             "SUDO_ASKPASS", "TERM", "HOME"})
+        if (isSet(name))
             environment.push_back(std::string(name) + '=' + std::getenv(name));
-        }
-    }
     return environment;
 }
 

@@ -2,6 +2,7 @@
 
 #include "platform/linux/Elevation.h"
 #include "platform/posix/ArgumentVector.h"
+#include "platform/posix/ChildSignal.h"
 
 #include <array>
 #include <cerrno>
@@ -18,11 +19,17 @@ namespace {
 
 class LinuxAuthorizationRef : public AuthorizationRef {
 public:
-    explicit LinuxAuthorizationRef(Elevation elevation) : elevation_(elevation) {}
+    LinuxAuthorizationRef(Elevation elevation, std::shared_ptr<PathsInUse> paths)
+        : elevation_(elevation), paths_(std::move(paths)) {}
+    ~LinuxAuthorizationRef() override { paths_->release(this); }
+    LinuxAuthorizationRef(const LinuxAuthorizationRef&) = delete;
+    LinuxAuthorizationRef& operator=(const LinuxAuthorizationRef&) = delete;
+
     Elevation elevation() const { return elevation_; }
 
 private:
     const Elevation elevation_;
+    const std::shared_ptr<PathsInUse> paths_;
 };
 
 // Where the tool of that name lies on systems that do not keep it at its usual path.
@@ -32,11 +39,9 @@ std::string presentTool(const std::string& tool) {
         const char* other;
     };
     static constexpr std::array<Place, 1> places{{{"/usr/sbin/chown", "/usr/bin/chown"}}};
-    for (const Place& place : places) {
-        if (tool == place.usual && ::access(place.usual, X_OK) != 0) {
+    for (const Place& place : places)
+        if (tool == place.usual && ::access(place.usual, X_OK) != 0)
             return place.other;
-        }
-    }
     return tool;
 }
 
@@ -53,8 +58,8 @@ public:
         sigset_t signals;
         ::sigemptyset(&signals);
         ::posix_spawnattr_setsigmask(&attributes_, &signals);
-        ::sigaddset(&signals, SIGPIPE);
-        ::sigaddset(&signals, SIGCHLD);
+        for (const int changedByThisProgram : {SIGPIPE, SIGCHLD, SIGXFSZ})
+            ::sigaddset(&signals, changedByThisProgram);
         ::posix_spawnattr_setsigdefault(&attributes_, &signals);
         // A tool that asks nothing needs no terminal; in a group of its own, Ctrl-C does not cut its work short.
         const int group = elevation == Elevation::Direct ? POSIX_SPAWN_SETPGROUP : 0;
@@ -80,31 +85,28 @@ private:
 
 std::int32_t LinuxAuthorization::create(std::shared_ptr<AuthorizationRef>& authorization) {
     const Elevation elevation = chooseElevation(currentElevationFacts());
-    if (elevation == Elevation::None) {
+    if (elevation == Elevation::None)
         return toolExecuteFailure;
-    }
-    authorization = std::make_shared<LinuxAuthorizationRef>(elevation);
+    authorization = std::make_shared<LinuxAuthorizationRef>(elevation, paths_);
     return success;
 }
 
 bool LinuxAuthorization::executeWithPrivileges(AuthorizationRef& authorization, const std::string& tool,
                                                const std::vector<std::string>& arguments) {
     const auto* ref = dynamic_cast<const LinuxAuthorizationRef*>(&authorization);
-    if (ref == nullptr || tool.rfind('/', 0) != 0) {
+    if (ref == nullptr || tool.rfind('/', 0) != 0)
         return false;
-    }
     const TaskDescription command = elevatedCommand(ref->elevation(), presentTool(tool), arguments);
-    if (!isExpressible(command)) {
+    if (!isExpressible(command))
         return false;
-    }
     const ArgumentVector words(command);
     std::vector<std::string> environment = elevatedEnvironment(ref->elevation());
     std::vector<char*> variables;
     variables.reserve(environment.size() + 1);
-    for (std::string& variable : environment) {
+    for (std::string& variable : environment)
         variables.push_back(variable.data());
-    }
     variables.push_back(nullptr);
+    paths_->add(ref, arguments);
     const SpawnSettings settings(ref->elevation());
     pid_t child = 0;
     return ::posix_spawn(&child, command.path.c_str(), settings.actions(), settings.attributes(), words.get(),
@@ -114,22 +116,18 @@ bool LinuxAuthorization::executeWithPrivileges(AuthorizationRef& authorization, 
 // Any child, but of this thread alone: another thread may be waiting for a child of its own at the same time.
 std::optional<int> LinuxAuthorization::wait() {
     int status = 0;
-    while (::waitpid(-1, &status, __WNOTHREAD) < 0) {
-        if (errno != EINTR) {
+    while (::waitpid(-1, &status, __WNOTHREAD) < 0)
+        if (errno != EINTR)
             return std::nullopt;
-        }
-    }
     return status;
 }
 
-std::function<void()> LinuxAuthorization::useDefaultChildSignal() {
-    struct sigaction standard {};
-    standard.sa_handler = SIG_DFL;
-    struct sigaction previous {};
-    if (::sigaction(SIGCHLD, &standard, &previous) != 0) {
-        return [] {};
-    }
-    return [previous] { ::sigaction(SIGCHLD, &previous, nullptr); };
+std::vector<std::string> LinuxAuthorization::pathsInUse() const {
+    return paths_->all();
+}
+
+std::shared_ptr<void> LinuxAuthorization::useDefaultChildSignal() {
+    return std::make_shared<DefaultChildSignal>();
 }
 
 } // namespace platform

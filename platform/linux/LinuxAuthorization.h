@@ -1,6 +1,11 @@
 #pragma once
 
 #include "platform/Authorization.h"
+#include "platform/posix/PathsInUse.h"
+
+#include <memory>
+#include <string>
+#include <vector>
 
 namespace platform {
 
@@ -17,7 +22,14 @@ public:
                                const std::vector<std::string>& arguments) override;
 
     std::optional<int> wait() override;
-    std::function<void()> useDefaultChildSignal() override;
+    std::shared_ptr<void> useDefaultChildSignal() override;
+
+    // The absolute paths that tools were given by an authorization that is still held: one of them may be running. Any
+    // thread.
+    std::vector<std::string> pathsInUse() const;
+
+private:
+    const std::shared_ptr<PathsInUse> paths_ = std::make_shared<PathsInUse>();
 };
 
 } // namespace platform

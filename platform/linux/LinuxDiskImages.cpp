@@ -6,9 +6,8 @@ namespace platform {
 
 std::string LinuxDiskImages::toolPath() {
     constexpr const char* systemTool = "/usr/bin/hdiutil";
-    if (::access(systemTool, X_OK) == 0) {
+    if (::access(systemTool, X_OK) == 0)
         return systemTool;
-    }
     return bundles_.mainBundlePath() + "/Contents/Helpers/hdiutil";
 }
 

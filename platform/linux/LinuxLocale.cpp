@@ -52,42 +52,51 @@ std::string currentLanguage(const std::string& language) {
     return found == renamed.end() ? language : std::string(found->second);
 }
 
+// The script that the modifier of a locale name says, as in "sr_RS@latin"; empty for "@euro" and the like.
+std::string scriptOfModifier(std::string_view text) {
+    static constexpr std::array<std::pair<std::string_view, std::string_view>, 3> scripts{
+        {{"latin", "Latn"}, {"cyrillic", "Cyrl"}, {"devanagari", "Deva"}}};
+    const std::size_t at = text.find('@');
+    if (at == std::string_view::npos)
+        return {};
+    const std::string modifier = changed(text.substr(at + 1), lower);
+    const auto* found =
+        std::find_if(scripts.begin(), scripts.end(), [&](const auto& entry) { return entry.first == modifier; });
+    return found == scripts.end() ? std::string() : std::string(found->second);
+}
+
 LocaleName parse(std::string_view text) {
     std::string_view rest = text.substr(0, text.find_first_of(".@"));
     const std::string_view language = takePart(rest);
     LocaleName name;
     if (language.size() < 2 || language.size() > 8 || !std::all_of(language.begin(), language.end(), isLetter) ||
-        language == "POSIX") {
+        language == "POSIX")
         return name;
-    }
     name.language = currentLanguage(changed(language, lower));
     std::string_view part = takePart(rest);
     if (part.size() == 4 && std::all_of(part.begin(), part.end(), isLetter)) {
         name.script = upper(part.front()) + changed(part.substr(1), lower);
         part = takePart(rest);
+    } else {
+        name.script = scriptOfModifier(text);
     }
     if ((part.size() == 2 && std::all_of(part.begin(), part.end(), isLetter)) ||
-        (part.size() == 3 && std::all_of(part.begin(), part.end(), isDigit))) {
+        (part.size() == 3 && std::all_of(part.begin(), part.end(), isDigit)))
         name.region = changed(part, upper);
-    }
     return name;
 }
 
 std::string languageOf(const LocaleName& name) {
-    if (name.language.empty()) {
+    if (name.language.empty())
         return "en";
-    }
     // Chinese is told apart by its script; these two regions stand for one.
-    if (name.language == "zh" && name.script.empty() && name.region == "CN") {
+    if (name.language == "zh" && name.script.empty() && name.region == "CN")
         return "zh-Hans";
-    }
-    if (name.language == "zh" && name.script.empty() && name.region == "TW") {
+    if (name.language == "zh" && name.script.empty() && name.region == "TW")
         return "zh-Hant";
-    }
     std::string text = name.language;
-    for (const std::string& part : {name.script, name.region}) {
+    for (const std::string& part : {name.script, name.region})
         text += part.empty() ? part : '-' + part;
-    }
     return text;
 }
 
@@ -97,11 +106,9 @@ std::string_view variable(const char* name) {
 }
 
 LocaleName localeOfMessages() {
-    for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
-        if (const std::string_view value = variable(name); !value.empty()) {
+    for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"})
+        if (const std::string_view value = variable(name); !value.empty())
             return parse(value);
-        }
-    }
     return {};
 }
 
@@ -116,17 +123,15 @@ std::vector<std::string> LinuxLocale::preferredLanguages() {
     const LocaleName locale = localeOfMessages();
     std::vector<std::string> languages;
     const auto add = [&languages](const std::string& language) {
-        if (std::find(languages.begin(), languages.end(), language) == languages.end()) {
+        if (std::find(languages.begin(), languages.end(), language) == languages.end())
             languages.push_back(language);
-        }
     };
     // In the locale "C" the list counts for nothing, as for every other program.
     std::string_view list = locale.language.empty() ? std::string_view() : variable("LANGUAGE");
     while (!list.empty()) {
         const std::size_t end = std::min(list.find(':'), list.size());
-        if (end > 0) {
+        if (end > 0)
             add(languageOf(parse(list.substr(0, end))));
-        }
         list.remove_prefix(std::min(end + 1, list.size()));
     }
     add(languageOf(locale));

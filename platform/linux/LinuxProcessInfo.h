@@ -16,18 +16,20 @@ public:
     std::vector<std::string> arguments() override { return arguments_; }
     OperatingSystemVersion operatingSystemVersion() override;
     std::string globallyUniqueString() override;
-    std::string makeUUID() override;
+    std::optional<std::string> makeUUID() override;
     std::string temporaryDirectory() override;
     std::string homeDirectory() override;
     std::string systemPath(const std::string& path) override;
     double secondsSinceReferenceDate() override;
 
-    // Removes the folder that temporaryDirectory() made in a shared one, if nothing is in it any more.
+    // Removes the folder that temporaryDirectory() made in a shared one, and the one that libraries made because the
+    // session has none for sockets, if nothing is in them any more.
     void removeEmptyTemporaryFolder();
 
 private:
     const std::vector<std::string> arguments_;
     const std::string root_;
+    const std::string socketFolder_;
     std::mutex mutex_;
     std::string temporaryFolder_;
     bool temporaryFolderIsOwn_ = false;

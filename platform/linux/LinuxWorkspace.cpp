@@ -3,16 +3,23 @@
 #include "foundation/PathString.h"
 #include "platform/linux/PathFacts.h"
 #include "platform/linux/ProcessTable.h"
+#include "platform/posix/ChildProcess.h"
+#include "platform/posix/ChildWaiter.h"
+#include "platform/posix/DestroyFiles.h"
 #include "platform/posix/FileDescriptor.h"
+#include "platform/posix/PathText.h"
+#include "platform/posix/PosixRunLoop.h"
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <map>
 #include <string_view>
+#include <thread>
 #include <utility>
 
-#include <poll.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -24,7 +31,8 @@ using foundation::path::appendingPathComponent;
 using foundation::path::deletingLastPathComponent;
 
 constexpr const char* informationFile = "Contents/Info.plist";
-constexpr int quitWaitMilliseconds = 50;
+constexpr std::chrono::milliseconds quitWait(50);
+constexpr std::chrono::seconds openerWait(3);
 
 bool exists(const std::string& path) {
     struct stat status {};
@@ -39,12 +47,37 @@ std::string programInSearchPath(const std::string& name) {
     while (!entries.empty()) {
         const std::size_t end = std::min(entries.find(':'), entries.size());
         std::string candidate = appendingPathComponent(entries.substr(0, end), name);
-        if (candidate.front() == '/' && isExecutableFile(candidate)) {
+        if (candidate.front() == '/' && isExecutableFile(candidate))
             return candidate;
-        }
         entries.remove_prefix(std::min(end + 1, entries.size()));
     }
     return {};
+}
+
+// What opens the target in the person's own program for it. A target that looks like an option would be taken for one.
+std::optional<TaskDescription> openingTask(const std::string& target) {
+    const std::string opener = programInSearchPath("xdg-open");
+    if (opener.empty() || target.empty() || target.front() == '-')
+        return std::nullopt;
+    return TaskDescription{opener, {target}, "/", nullptr, nullptr};
+}
+
+// Whether the task has ended with status 0 within a few seconds; one that needs longer is left alone.
+bool endsWell(const TaskDescription& task) {
+    const FileDescriptor nowhere(::open("/dev/null", O_RDWR | O_CLOEXEC));
+    ChildWaiter waiter;
+    if (!nowhere.isOpen() || !waiter.isOpen())
+        return false;
+    const pid_t child = spawnChild(task, nowhere.get(), nowhere.get());
+    FileDescriptor ending = child < 0 ? FileDescriptor() : waiter.start(child);
+    if (!ending.isOpen())
+        return false;
+    std::optional<int> status;
+    PosixRunLoop loop;
+    loop.readToEnd(std::make_shared<FileDescriptor>(std::move(ending)),
+                   [&status](const std::string& bytes) { status = ChildWaiter::status(bytes); });
+    loop.runOnce(openerWait);
+    return status == 0;
 }
 
 std::optional<std::string> textValue(Bundles& bundles, const std::string& bundle, const std::string& key) {
@@ -63,16 +96,14 @@ public:
 private:
     const std::string& ofFolder(const std::string& folder) {
         const auto known = found_.find(folder);
-        if (known != found_.end()) {
+        if (known != found_.end())
             return known->second;
-        }
         std::string bundle;
         struct stat status {};
-        if (::stat(appendingPathComponent(folder, informationFile).c_str(), &status) == 0 && S_ISREG(status.st_mode)) {
+        if (::stat(appendingPathComponent(folder, informationFile).c_str(), &status) == 0 && S_ISREG(status.st_mode))
             bundle = folder;
-        } else if (folder.size() > 1) {
+        else if (folder.size() > 1)
             bundle = ofFolder(deletingLastPathComponent(folder));
-        }
         return found_.emplace(folder, std::move(bundle)).first->second;
     }
 
@@ -91,9 +122,8 @@ bool runsAlready(const std::string& bundle) {
     for (const UserProcess& process : processesOfThisUser()) {
         for (const std::string& program : process.programs) {
             const std::string& enclosing = bundles.of(program);
-            if (!enclosing.empty() && isSameFolder(enclosing, bundle)) {
+            if (!enclosing.empty() && isSameFolder(enclosing, bundle))
                 return true;
-            }
         }
     }
     return false;
@@ -105,50 +135,31 @@ LinuxWorkspace::LinuxWorkspace(Bundles& bundles, Tasks& tasks, FileChanges& file
     : bundles_(bundles), tasks_(tasks), fileChanges_(fileChanges), showItem_(std::move(showItem)) {}
 
 bool LinuxWorkspace::openURL(const foundation::URL& url) {
-    return openWithDesktop(url.absoluteString());
-}
-
-// A target that looks like an option would be taken for one.
-bool LinuxWorkspace::openWithDesktop(const std::string& target) {
-    if (target.empty() || target.front() == '-') {
-        return false;
-    }
-    const std::string opener = programInSearchPath("xdg-open");
-    return !opener.empty() && tasks_.launchDetached({opener, {target}, "/", nullptr, nullptr});
+    const auto task = openingTask(url.absoluteString());
+    return task && tasks_.launchDetached(*task);
 }
 
 bool LinuxWorkspace::launchApplication(const std::string& path) {
     const auto name = textValue(bundles_, path, "CFBundleExecutable");
-    if (path.empty() || path.front() != '/' || !name || !isPlainName(*name)) {
+    if (path.empty() || path.front() != '/' || !name || !isPlainName(*name))
         return false;
-    }
     const std::string executable = appendingPathComponent(path, "Contents/MacOS/" + *name);
-    if (!isExecutableFile(executable)) {
+    if (!isExecutableFile(executable))
         return false;
-    }
     return runsAlready(path) || tasks_.launchDetached({executable, {}, "/", nullptr, nullptr});
 }
 
 bool LinuxWorkspace::selectFile(const std::string& path, const std::string& /*root*/) {
-    if (path.empty() || path.front() != '/' || !exists(path)) {
+    if (path.empty() || path.front() != '/' || !exists(path))
         return false;
-    }
-    if (showItem_ && showItem_(foundation::URL::fileURLWithPath(path).absoluteString())) {
+    if (showItem_ && showItem_(foundation::URL::fileURLWithPath(path).absoluteString()))
         return true;
-    }
-    return openWithDesktop(deletingLastPathComponent(path));
+    const auto task = openingTask(deletingLastPathComponent(path));
+    return task && endsWell(*task);
 }
 
 bool LinuxWorkspace::destroyFiles(const std::string& folder, const std::vector<std::string>& names) {
-    if (folder.empty() || !std::all_of(names.begin(), names.end(), isPlainName)) {
-        return false;
-    }
-    bool allGone = true;
-    for (const std::string& name : names) {
-        const std::string path = appendingPathComponent(folder, name);
-        allGone = exists(path) && fileChanges_.removeItem(path) && allGone;
-    }
-    return allGone;
+    return platform::destroyFiles(fileChanges_, folder, names);
 }
 
 std::vector<RunningApplication> LinuxWorkspace::runningApplications(const std::string& bundleIdentifier) {
@@ -156,31 +167,28 @@ std::vector<RunningApplication> LinuxWorkspace::runningApplications(const std::s
     std::map<std::string, bool> isWanted;
     const auto runsWantedBundle = [&](const std::string& program) {
         const std::string& bundle = enclosing.of(program);
-        if (!bundle.empty() && !isWanted.contains(bundle)) {
+        if (!bundle.empty() && !isWanted.contains(bundle))
             isWanted[bundle] = textValue(bundles_, bundle, "CFBundleIdentifier") == bundleIdentifier;
-        }
         return !bundle.empty() && isWanted[bundle];
     };
     std::vector<RunningApplication> applications;
-    for (const UserProcess& process : processesOfThisUser()) {
-        if (std::any_of(process.programs.begin(), process.programs.end(), runsWantedBundle)) {
+    for (const UserProcess& process : processesOfThisUser())
+        if (std::any_of(process.programs.begin(), process.programs.end(), runsWantedBundle))
             applications.push_back(process.identity);
-        }
-    }
     return applications;
 }
 
 void LinuxWorkspace::terminate(const RunningApplication& application) {
     const FileDescriptor process(static_cast<int>(::syscall(SYS_pidfd_open, application.processId, 0)));
     // Checked once the process is held: only then does its number belong to it for good.
-    if (!process.isOpen() || !isRunning(application)) {
+    if (!isRunning(application))
         return;
-    }
-    ::syscall(SYS_pidfd_send_signal, process.get(), SIGTERM, nullptr, 0);
-    struct pollfd ended {
-        process.get(), POLLIN, 0
-    };
-    ::poll(&ended, 1, quitWaitMilliseconds);
+    // Old kernels and some containers know no process descriptors. The number is as good but for a moment.
+    if (!process.isOpen() || ::syscall(SYS_pidfd_send_signal, process.get(), SIGTERM, nullptr, 0) != 0)
+        ::kill(application.processId, SIGTERM);
+    const auto deadline = std::chrono::steady_clock::now() + quitWait;
+    while (isRunning(application) && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::sleep_for(quitWait / 10);
 }
 
 } // namespace platform

@@ -26,8 +26,6 @@ public:
     void terminate(const RunningApplication& application) override;
 
 private:
-    bool openWithDesktop(const std::string& target);
-
     Bundles& bundles_;
     Tasks& tasks_;
     FileChanges& fileChanges_;

@@ -25,25 +25,21 @@ mode_t modeOf(const std::string& path) {
 } // namespace
 
 std::optional<std::string> readRegularFile(const std::string& path, std::size_t limit) {
-    if (!S_ISREG(modeOf(path))) {
+    if (!S_ISREG(modeOf(path)))
         return std::nullopt;
-    }
     // The file can be exchanged between the two looks, so this open must not wait either.
     const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
     struct stat status {};
-    if (!file.isOpen() || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) {
+    if (!file.isOpen() || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
         return std::nullopt;
-    }
     std::string bytes(std::min(limit, static_cast<std::size_t>(status.st_size)), '\0');
     std::size_t length = 0;
     while (length < bytes.size()) {
         const ssize_t count = ::read(file.get(), bytes.data() + length, bytes.size() - length);
-        if (count < 0 && errno != EINTR) {
+        if (count < 0 && errno != EINTR)
             return std::nullopt;
-        }
-        if (count == 0) {
+        if (count == 0)
             break;
-        }
         length += count > 0 ? static_cast<std::size_t>(count) : 0;
     }
     bytes.resize(length);
@@ -72,15 +68,9 @@ std::string linkTarget(const std::string& path) {
 std::string executableOfProcess(const std::string& processFolder) {
     static constexpr std::string_view deleted = " (deleted)";
     std::string path = linkTarget(processFolder + "/exe");
-    if (std::string_view(path).ends_with(deleted)) {
+    if (std::string_view(path).ends_with(deleted))
         path.resize(path.size() - deleted.size());
-    }
     return path;
-}
-
-bool isPlainName(const std::string& name) {
-    return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos &&
-           name.find('\0') == std::string::npos;
 }
 
 } // namespace platform

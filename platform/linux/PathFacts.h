@@ -25,7 +25,4 @@ std::string linkTarget(const std::string& path);
 // The path of a process's executable by its folder in /proc, even when it has been deleted since.
 std::string executableOfProcess(const std::string& processFolder);
 
-// Whether the text names an item within a folder, and nothing outside of it.
-bool isPlainName(const std::string& name);
-
 } // namespace platform

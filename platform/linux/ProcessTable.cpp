@@ -4,6 +4,7 @@
 #include "platform/linux/PathFacts.h"
 #include "platform/posix/FileDescriptor.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdlib>
@@ -26,11 +27,10 @@ std::string readProcFile(const std::string& path) {
     std::array<char, 4096> buffer{};
     while (file.isOpen()) {
         const ssize_t count = ::read(file.get(), buffer.data(), buffer.size());
-        if (count > 0) {
+        if (count > 0)
             bytes.append(buffer.data(), static_cast<std::size_t>(count));
-        } else if (count == 0 || errno != EINTR) {
+        else if (count == 0 || errno != EINTR)
             break;
-        }
     }
     return bytes;
 }
@@ -40,19 +40,16 @@ std::optional<std::uint64_t> startTimeOf(int processId) {
     const std::string text = readProcFile("/proc/" + std::to_string(processId) + "/stat");
     // The name in the second field may itself hold blanks and parentheses.
     const std::size_t nameEnd = text.rfind(')');
-    if (nameEnd == std::string::npos) {
+    if (nameEnd == std::string::npos)
         return std::nullopt;
-    }
     std::istringstream fields(text.substr(nameEnd + 1));
     std::string state;
     fields >> state;
     std::string field;
-    for (int number = 4; number <= 22; ++number) {
+    for (int number = 4; number <= 22; ++number)
         fields >> field;
-    }
-    if (!fields || state == "Z" || state == "X") {
+    if (!fields || state == "Z" || state == "X")
         return std::nullopt;
-    }
     return std::strtoull(field.c_str(), nullptr, 10);
 }
 
@@ -67,9 +64,8 @@ std::string firstOperand(const std::string& commandLine) {
     std::size_t start = commandLine.find('\0');
     while (start != std::string::npos && start + 1 < commandLine.size()) {
         std::string argument(commandLine.c_str() + start + 1);
-        if (!argument.empty() && argument.front() != '-') {
+        if (!argument.empty() && argument.front() != '-')
             return argument;
-        }
         start = commandLine.find('\0', start + 1);
     }
     return {};
@@ -81,9 +77,8 @@ bool interprets(const std::string& executable, const std::string& firstLine) {
     std::istringstream words(firstLine.substr(2));
     std::string interpreter;
     words >> interpreter;
-    if (foundation::path::lastPathComponent(interpreter) != "env") {
+    if (foundation::path::lastPathComponent(interpreter) != "env")
         return resolvedPath(interpreter) == executable;
-    }
     std::string name;
     while (words >> name && (name.front() == '-' || name.find('=') != std::string::npos)) {
     }
@@ -94,55 +89,59 @@ bool interprets(const std::string& executable, const std::string& firstLine) {
 // The script that an interpreter runs, or nothing. An editor that merely shows a script is no interpreter of it.
 std::string scriptOf(const std::string& folder, const std::string& executable) {
     std::string script = firstOperand(readProcFile(folder + "/cmdline"));
-    if (script.empty()) {
+    if (script.empty())
         return {};
-    }
-    if (script.front() != '/') {
+    if (script.front() != '/')
         script = foundation::path::appendingPathComponent(linkTarget(folder + "/cwd"), script);
-    }
     // Other arguments are not worth a look at a disk that may be slow.
-    if (script.find("/Contents/") == std::string::npos) {
+    if (script.find("/Contents/") == std::string::npos)
         return {};
-    }
     const auto head = readRegularFile(script, 256);
-    if (!head || head->rfind("#!", 0) != 0 || !interprets(executable, head->substr(0, head->find('\n')))) {
+    if (!head || head->rfind("#!", 0) != 0 || !interprets(executable, head->substr(0, head->find('\n'))))
         return {};
-    }
     return resolvedPath(script);
 }
 
 std::optional<UserProcess> userProcess(int processId) {
     const std::string folder = "/proc/" + std::to_string(processId);
-    if (processId == ::getpid() || !belongsToThisUser(folder)) {
+    if (processId == ::getpid() || !belongsToThisUser(folder))
         return std::nullopt;
-    }
     const std::optional<std::uint64_t> startTime = startTimeOf(processId);
     const std::string executable = executableOfProcess(folder);
-    if (!startTime || executable.empty()) {
+    if (!startTime || executable.empty())
         return std::nullopt;
-    }
     UserProcess process{{processId, *startTime}, {executable}};
-    if (std::string script = scriptOf(folder, executable); !script.empty()) {
+    if (std::string script = scriptOf(folder, executable); !script.empty())
         process.programs.push_back(std::move(script));
-    }
     return process;
+}
+
+std::vector<int> processIds() {
+    std::vector<int> processes;
+    const std::unique_ptr<DIR, int (*)(DIR*)> folder(::opendir("/proc"), &::closedir);
+    while (const struct dirent* entry = folder ? ::readdir(folder.get()) : nullptr) {
+        const std::string_view name(&entry->d_name[0]);
+        if (name.find_first_not_of("0123456789") == std::string_view::npos)
+            processes.push_back(std::atoi(name.data()));
+    }
+    return processes;
 }
 
 } // namespace
 
 std::vector<UserProcess> processesOfThisUser() {
     std::vector<UserProcess> processes;
-    const std::unique_ptr<DIR, int (*)(DIR*)> folder(::opendir("/proc"), &::closedir);
-    while (const struct dirent* entry = folder ? ::readdir(folder.get()) : nullptr) {
-        const std::string_view name(&entry->d_name[0]);
-        if (name.find_first_not_of("0123456789") != std::string_view::npos) {
-            continue;
-        }
-        if (auto process = userProcess(std::atoi(name.data()))) {
+    for (const int processId : processIds())
+        if (auto process = userProcess(processId))
             processes.push_back(std::move(*process));
-        }
-    }
     return processes;
+}
+
+bool isNamedByAProcess(const std::string& path) {
+    const std::vector<int> processes = processIds();
+    return std::any_of(processes.begin(), processes.end(), [&path](int processId) {
+        return readProcFile("/proc/" + std::to_string(processId) + "/cmdline").find(path) != std::string::npos;
+    });
 }
 
 bool isRunning(const RunningApplication& process) {

@@ -18,6 +18,9 @@ struct UserProcess {
 // This user's processes. This process and those that have ended but are not waited for are left out. Any thread.
 std::vector<UserProcess> processesOfThisUser();
 
+// Whether the command line of any process, of whatever user, speaks of the path. Any thread.
+bool isNamedByAProcess(const std::string& path);
+
 // Whether the process is still the one of that start time, and has not ended.
 bool isRunning(const RunningApplication& process);
 

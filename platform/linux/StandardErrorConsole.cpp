@@ -1,7 +1,7 @@
 #include "platform/linux/StandardErrorConsole.h"
 
+#include "foundation/MessageText.h"
 #include "foundation/PathString.h"
-#include "foundation/Text.h"
 #include "platform/linux/TerminalOutput.h"
 
 #include <array>
@@ -31,14 +31,12 @@ StandardErrorConsole::StandardErrorConsole(const std::string& program)
     : name_(foundation::visible(foundation::path::lastPathComponent(program))) {}
 
 void StandardErrorConsole::log(const std::string& message) {
-    if (message.empty()) {
+    if (message.empty())
         return;
-    }
     std::string line = localTime() + ' ' + name_ + '[' + std::to_string(::getpid()) + ':' + std::to_string(::gettid()) +
-                       "] " + printableText(message);
-    if (line.back() != '\n') {
+                       "] " + foundation::printableText(message);
+    if (line.back() != '\n')
         line += '\n';
-    }
     TerminalOutput::shared().write(STDERR_FILENO, line);
 }
 

@@ -1,5 +1,6 @@
 #include "platform/posix/ArgumentVector.h"
 #include "platform/posix/ChildProcess.h"
+#include "platform/posix/SystemCalls.h"
 
 #include <cerrno>
 #include <csignal>
@@ -29,7 +30,7 @@ bool setDefaultSignals() {
     for (int number = 1; number < NSIG; ++number)
         ::sigaction(number, &action, nullptr);
     sigset_t none{};
-    ::sigemptyset(&none);
+    sigemptyset(&none);
     return ::sigprocmask(SIG_SETMASK, &none, nullptr) == 0;
 }
 
@@ -56,9 +57,9 @@ bool leadStreamsNowhere() {
 [[noreturn]] void becomeProgram(const Preparation& preparation) {
     if (!leadStreamsNowhere() || ::chdir(preparation.directory) != 0 || !setDefaultSignals())
         fail(preparation);
-    // Our own descriptors close by themselves; those of libraries may not. An old kernel leaves these open.
-    ::close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
-    ::execve(preparation.path, preparation.arguments, environ);
+    // Our own descriptors close by themselves; those of libraries may not.
+    closeInPrograms();
+    ::execve(preparation.path, preparation.arguments, environment());
     fail(preparation);
 }
 
@@ -66,7 +67,7 @@ bool leadStreamsNowhere() {
 [[noreturn]] void becomeIntermediate(const Preparation& preparation) {
     if (::setsid() < 0)
         fail(preparation);
-    const pid_t program = ::_Fork();
+    const pid_t program = forkAgain();
     if (program < 0)
         fail(preparation);
     if (program == 0)
@@ -79,7 +80,7 @@ class BlockedSignals {
 public:
     BlockedSignals() {
         sigset_t all{};
-        ::sigfillset(&all);
+        sigfillset(&all);
         ::pthread_sigmask(SIG_SETMASK, &all, &before_);
     }
     ~BlockedSignals() { ::pthread_sigmask(SIG_SETMASK, &before_, nullptr); }

@@ -1,7 +1,8 @@
 #pragma once
 
-#include <sys/stat.h>
+#include "platform/posix/FileIdentity.h"
 
+#include <optional>
 #include <string>
 
 namespace platform {
@@ -13,18 +14,16 @@ struct CopyEnd {
     std::string path;
 };
 
-// All of these throw on failure. `made`, where given, becomes true when the destination is there, which nothing was
-// before.
+using MadeItem = std::optional<FileIdentity>;
+
+// All of these throw on failure. `made`, where given, gets the identity of the destination as soon as it is there,
+// which nothing was before.
 
 // Copies a regular file with its traits. Nothing else is ever opened.
-void copyRegularFile(const CopyEnd& from, const CopyEnd& to, bool* made = nullptr);
+void copyRegularFile(const CopyEnd& from, const CopyEnd& to, MadeItem* made = nullptr);
 
 // Copies a link itself, with its times.
-void copySymbolicLink(const CopyEnd& from, const CopyEnd& to, bool* made = nullptr);
-
-// Gives the open file or folder `to` the extended attributes of `from` that belong to users, where both file systems
-// have them.
-void copyExtendedAttributes(int from, int to, const std::string& fromPath, const std::string& toPath);
+void copySymbolicLink(const CopyEnd& from, const CopyEnd& to, MadeItem* made = nullptr);
 
 // Gives the open file or folder the mode without the set-id bits, the times, and for the superuser the owner.
 void applyTraits(int descriptor, const struct stat& traits, const std::string& path);

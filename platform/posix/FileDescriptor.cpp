@@ -1,6 +1,7 @@
 #include "platform/posix/FileDescriptor.h"
 
-#include <array>
+#include "platform/posix/SystemCalls.h"
+
 #include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
@@ -38,12 +39,24 @@ int FileDescriptor::close() {
 }
 
 bool openPipe(FileDescriptor& readEnd, FileDescriptor& writeEnd) {
-    std::array<int, 2> ends{};
-    if (::pipe2(ends.data(), O_CLOEXEC) != 0)
+    FileDescriptor lower;
+    FileDescriptor upper;
+    if (!makePipe(lower, upper))
         return false;
-    readEnd = aboveStandardStreams(FileDescriptor(ends[0]));
-    writeEnd = aboveStandardStreams(FileDescriptor(ends[1]));
+    readEnd = aboveStandardStreams(std::move(lower));
+    writeEnd = aboveStandardStreams(std::move(upper));
     return readEnd.isOpen() && writeEnd.isOpen();
+}
+
+bool writeAll(int descriptor, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = ::write(descriptor, bytes.data(), bytes.size());
+        if (count < 0 && errno != EINTR)
+            return false;
+        if (count > 0)
+            bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
 }
 
 } // namespace platform

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string_view>
 #include <utility>
 
 namespace platform {
@@ -31,5 +32,8 @@ private:
 
 // Makes a pipe whose ends close in children and have none of the numbers of the standard streams. False with errno.
 bool openPipe(FileDescriptor& readEnd, FileDescriptor& writeEnd);
+
+// Writes all bytes, waiting as long as that takes. False with errno.
+bool writeAll(int descriptor, std::string_view bytes);
 
 } // namespace platform

@@ -1,9 +1,8 @@
 #include "platform/posix/FileIdentity.h"
 
-#include "platform/posix/FileDescriptor.h"
+#include "platform/posix/SystemCalls.h"
 
 #include <algorithm>
-#include <fcntl.h>
 
 namespace platform {
 
@@ -11,27 +10,30 @@ FileIdentity identityOf(const struct stat& status) {
     return {status.st_dev, status.st_ino};
 }
 
+FileIdentity identityOf(int descriptor) {
+    struct stat status {};
+    return ::fstat(descriptor, &status) == 0 ? identityOf(status) : FileIdentity{};
+}
+
 std::vector<FileIdentity> ancestry(int folder) {
     std::vector<FileIdentity> chain;
-    FileDescriptor at(::openat(folder, ".", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    FileDescriptor at = openPlace(folder, ".", Links::Followed);
     struct stat status {};
     while (at.isOpen() && ::fstat(at.get(), &status) == 0) {
         const FileIdentity identity = identityOf(status);
         if (!chain.empty() && chain.back() == identity)
             break; // the parent of "/" is "/"
         chain.push_back(identity);
-        at = FileDescriptor(::openat(at.get(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
+        at = openPlace(at.get(), "..", Links::Followed);
     }
     return chain;
 }
 
 bool isVolumeRoot(int folder, dev_t parent) {
-    struct statx status {};
-    if (::statx(folder, "", AT_EMPTY_PATH, STATX_BASIC_STATS, &status) == 0 &&
-        (status.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0)
+    if (isMountRoot(folder))
         return true;
-    struct stat plain {};
-    return ::fstat(folder, &plain) != 0 || plain.st_dev != parent;
+    struct stat status {};
+    return ::fstat(folder, &status) != 0 || status.st_dev != parent;
 }
 
 bool contains(const std::vector<FileIdentity>& list, const FileIdentity& identity) {

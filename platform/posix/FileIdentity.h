@@ -16,6 +16,9 @@ struct FileIdentity {
 
 FileIdentity identityOf(const struct stat& status);
 
+// Of an open file or folder. One of nothing when it cannot be had.
+FileIdentity identityOf(int descriptor);
+
 // The folder and all folders above it, by "..". As far up as this user may look.
 std::vector<FileIdentity> ancestry(int folder);
 

@@ -1,8 +1,8 @@
 #include "platform/posix/FolderCreation.h"
 
-#include "platform/posix/FileDescriptor.h"
 #include "platform/posix/FileFailure.h"
-#include "platform/posix/ItemPlace.h"
+#include "platform/posix/PathText.h"
+#include "platform/posix/SystemCalls.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -16,7 +16,6 @@ namespace platform {
 namespace {
 
 constexpr auto writing = FileAccess::Writing;
-constexpr int placeFlags = O_PATH | O_DIRECTORY | O_CLOEXEC;
 
 std::vector<std::string> namesIn(const std::string& path) {
     std::vector<std::string> names;
@@ -50,10 +49,6 @@ bool makeFolder(const FileDescriptor& parent, const std::string& name, const std
     return false;
 }
 
-FileDescriptor openPlace(const FileDescriptor& parent, const std::string& name) {
-    return FileDescriptor(::openat(parent.get(), name.c_str(), placeFlags));
-}
-
 } // namespace
 
 void createFolders(const std::string& path, const std::function<void(const MadeFolder&)>& made) {
@@ -61,7 +56,7 @@ void createFolders(const std::string& path, const std::function<void(const MadeF
         throw FileFailure{writing, path, path.empty() ? ENOENT : EINVAL, {}};
     const std::vector<std::string> names = namesIn(path);
     std::string at = path.front() == '/' ? "/" : ".";
-    FileDescriptor parent(::open(at.c_str(), placeFlags));
+    FileDescriptor parent = openPlace(AT_FDCWD, at.c_str(), Links::Followed);
     if (at == ".")
         at.clear();
     for (std::size_t index = 0; index < names.size(); ++index) {
@@ -70,12 +65,12 @@ void createFolders(const std::string& path, const std::function<void(const MadeF
             at += '/';
         at += name;
         const bool last = index + 1 == names.size();
-        FileDescriptor folder = last ? FileDescriptor() : openPlace(parent, name);
+        FileDescriptor folder = last ? FileDescriptor() : openPlace(parent.get(), name.c_str(), Links::Followed);
         if (!folder.isOpen() && (last || errno == ENOENT)) {
             const bool isNew = makeFolder(parent, name, path);
             if (last && !isNew)
                 requireOwnFolder(parent, name, path);
-            folder = openPlace(parent, name);
+            folder = openPlace(parent.get(), name.c_str(), Links::Followed);
             struct stat status {};
             if (isNew && folder.isOpen() && ::fstat(folder.get(), &status) == 0)
                 made({at, identityOf(status), parent.get()});

@@ -1,6 +1,7 @@
 #include "platform/posix/FolderListing.h"
 
 #include "platform/posix/FileDescriptor.h"
+#include "platform/posix/PathText.h"
 
 #include <cerrno>
 #include <dirent.h>
@@ -28,10 +29,6 @@ bool findType(int folder, FolderEntry& entry) {
 }
 
 } // namespace
-
-bool isDots(const std::string& name) {
-    return name == "." || name == "..";
-}
 
 bool listFolder(int folder, std::vector<FolderEntry>& entries) {
     // A descriptor of its own, so that the listing begins at the first entry.

@@ -16,7 +16,4 @@ struct FolderEntry {
 // Appends what is in the folder, without "." and "..", in no order. False with errno when it cannot be listed.
 bool listFolder(int folder, std::vector<FolderEntry>& entries);
 
-// Whether the name is "." or "..".
-bool isDots(const std::string& name);
-
 } // namespace platform

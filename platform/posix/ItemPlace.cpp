@@ -1,15 +1,13 @@
 #include "platform/posix/ItemPlace.h"
 
 #include "foundation/PathString.h"
+#include "platform/posix/PathText.h"
+#include "platform/posix/SystemCalls.h"
 
 #include <cerrno>
 #include <fcntl.h>
 
 namespace platform {
-
-bool isPath(const std::string& path) {
-    return !path.empty() && path.find('\0') == std::string::npos;
-}
 
 ItemPlace ItemPlace::of(const std::string& path, FileAccess access) {
     if (path.empty())
@@ -24,7 +22,7 @@ ItemPlace ItemPlace::of(const std::string& path, FileAccess access) {
         folder += '.';
     if (place.name == "/")
         place.name.front() = '.';
-    place.folder = FileDescriptor(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    place.folder = openPlace(AT_FDCWD, folder.c_str(), Links::Followed);
     if (!place.folder.isOpen())
         throwErrno(access, path);
     return place;

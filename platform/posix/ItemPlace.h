@@ -21,7 +21,4 @@ struct ItemPlace {
     struct stat status(FileAccess access) const;
 };
 
-// Whether a text can be a path at all: not empty, and no zero byte that would cut it short.
-bool isPath(const std::string& path);
-
 } // namespace platform

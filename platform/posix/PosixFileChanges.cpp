@@ -1,7 +1,9 @@
 #include "platform/posix/PosixFileChanges.h"
 
 #include "platform/posix/FileFailure.h"
+#include "platform/posix/ForsakenFolders.h"
 #include "platform/posix/ItemPlace.h"
+#include "platform/posix/SystemCalls.h"
 #include "platform/posix/TreeCopy.h"
 #include "platform/posix/TreeRemoval.h"
 #include "platform/posix/UniqueRename.h"
@@ -9,7 +11,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <sys/xattr.h>
 #include <thread>
 #include <utility>
 
@@ -39,14 +40,7 @@ bool attempt(const char* verb, FileChanges::ErrorOut error, Step step) {
 // The copy of an item on another volume takes its place only whole.
 void moveToOtherVolume(const ItemPlace& from, const ItemPlace& to) {
     requireChangeableFolder(from);
-    bool made = false;
-    try {
-        copyItem(from, to, made);
-    } catch (const FileFailure&) {
-        if (made)
-            attempt("remove", nullptr, [&] { removeItem(to); });
-        throw;
-    }
+    copyItem(from, to);
     // Where this fails the copy stays: it may be the only whole one left.
     removeItem(from);
 }
@@ -54,6 +48,11 @@ void moveToOtherVolume(const ItemPlace& from, const ItemPlace& to) {
 bool isAtOrBelow(const std::string& path, const std::string& folder) {
     return path == folder ||
            (path.size() > folder.size() && path.compare(0, folder.size(), folder) == 0 && path[folder.size()] == '/');
+}
+
+bool holdsAnyOf(const std::vector<std::string>& paths, const std::string& folder) {
+    return std::any_of(
+        paths.begin(), paths.end(), [&folder](const std::string& path) { return isAtOrBelow(path, folder); });
 }
 
 bool isThere(const MadeFolder& folder) {
@@ -68,47 +67,55 @@ PosixFileChanges::PosixFileChanges(ProtectedPaths paths)
       protected_({std::move(paths.home), std::move(paths.applications), std::move(paths.temporaryRoot)}) {}
 
 bool PosixFileChanges::createDirectory(const std::string& path, ErrorOut error) {
-    return attempt("create", error, [&] {
-        const std::lock_guard lock(creation_);
-        if (ended_)
-            throw FileFailure{writing, path, ECANCELED, "the program is ending"};
-        createFolders(path, [this](const MadeFolder& folder) { remember(folder); });
-    });
+    return attempt(
+        "create", error,
+        [&] {
+            const std::lock_guard lock(creation_);
+            if (ended_)
+                throw FileFailure{writing, path, ECANCELED, "the program is ending"};
+            createFolders(
+                path, [this](const MadeFolder& folder) { remember(folder); });
+        });
 }
 
 bool PosixFileChanges::copyItem(const std::string& from, const std::string& to, ErrorOut error) {
-    return attempt("copy", error, [&] {
-        bool made = false;
-        platform::copyItem(ItemPlace::of(from, reading), ItemPlace::of(to, writing), made);
-    });
+    return attempt(
+        "copy", error, [&] { platform::copyItem(ItemPlace::of(from, reading), ItemPlace::of(to, writing)); });
 }
 
 bool PosixFileChanges::moveItem(const std::string& from, const std::string& to, ErrorOut error) {
-    return attempt("move", error, [&] {
-        const ItemPlace source = ItemPlace::of(from, writing);
-        const ItemPlace destination = ItemPlace::of(to, writing);
-        const int failed = renameUnique(source, destination);
-        if (failed == EXDEV)
-            moveToOtherVolume(source, destination);
-        else if (failed != 0)
-            throw FileFailure{writing, failed == EEXIST ? to : from, failed, {}};
-        forget(from);
-    });
+    return attempt(
+        "move", error,
+        [&] {
+            const ItemPlace source = ItemPlace::of(from, writing);
+            const ItemPlace destination = ItemPlace::of(to, writing);
+            const int failed = renameUnique(source, destination);
+            if (failed == EXDEV)
+                moveToOtherVolume(source, destination);
+            else if (failed != 0)
+                throw FileFailure{writing, failed == EEXIST ? to : from, failed, {}};
+            forget(from);
+        });
 }
 
 bool PosixFileChanges::removeItem(const std::string& path, ErrorOut error) {
-    return attempt("remove", error, [&] {
-        platform::removeItem(ItemPlace::of(path, writing));
-        forget(path);
-    });
+    return attempt(
+        "remove", error,
+        [&] {
+            platform::removeItem(ItemPlace::of(path, writing));
+            forget(path);
+        });
 }
 
 bool PosixFileChanges::removePrivateFolder(const std::string& path) {
-    return attempt("remove", nullptr, [&] {
-        ProtectedFolders::requirePlainPath(path);
-        removeFolder(ItemPlace::of(path, writing), [&](int folder) { protected_.requireRemovable(folder, path); });
-        forget(path);
-    });
+    return attempt(
+        "remove", nullptr,
+        [&] {
+            ProtectedFolders::requirePlainPath(path);
+            removeFolder(
+                ItemPlace::of(path, writing), [&](int folder) { protected_.requireRemovable(folder, path); });
+            forget(path);
+        });
 }
 
 int PosixFileChanges::removeExtendedAttribute(const std::string& path, const char* name, int options) {
@@ -116,9 +123,7 @@ int PosixFileChanges::removeExtendedAttribute(const std::string& path, const cha
         errno = EDOM;
         return -1;
     }
-    const std::string systemName = std::string("user.") + name;
-    return options == xattrNoFollow ? ::lremovexattr(path.c_str(), systemName.c_str())
-                                    : ::removexattr(path.c_str(), systemName.c_str());
+    return removeAttribute(path.c_str(), name, (options & xattrNoFollow) != 0 ? Links::Refused : Links::Followed);
 }
 
 void PosixFileChanges::remember(const MadeFolder& folder) {
@@ -129,19 +134,19 @@ void PosixFileChanges::remember(const MadeFolder& folder) {
     if (!contains(above, identityOf(root)))
         return;
     const std::lock_guard lock(mutex_);
-    const bool covered = std::any_of(leftovers_.begin(), leftovers_.end(), [&above](const MadeFolder& leftover) {
-        return contains(above, leftover.identity) && isThere(leftover);
+    const bool covered = std::any_of(leftovers_.begin(), leftovers_.end(), [&above](const Leftover& leftover) {
+        return contains(above, leftover.folder.identity) && isThere(leftover.folder);
     });
     if (!covered)
-        leftovers_.push_back(folder);
+        leftovers_.push_back({folder, keepFolder(folder.path)});
 }
 
 void PosixFileChanges::forget(const std::string& path) {
     const std::lock_guard lock(mutex_);
-    std::erase_if(leftovers_, [&path](const MadeFolder& leftover) { return isAtOrBelow(leftover.path, path); });
+    std::erase_if(leftovers_, [&path](const Leftover& leftover) { return isAtOrBelow(leftover.folder.path, path); });
 }
 
-bool PosixFileChanges::removeLeftovers() {
+bool PosixFileChanges::removeLeftovers(const std::vector<std::string>& inUse) {
     {
         const std::lock_guard lock(creation_);
         ended_ = true;
@@ -152,10 +157,13 @@ bool PosixFileChanges::removeLeftovers() {
         std::vector<MadeFolder> leftovers;
         {
             const std::lock_guard lock(mutex_);
-            leftovers = leftovers_;
+            for (const Leftover& leftover : leftovers_)
+                leftovers.push_back(leftover.folder);
         }
         bool allGone = true;
         for (const MadeFolder& leftover : leftovers) {
+            if (holdsAnyOf(inUse, leftover.path))
+                continue;
             if (removeLeftover(leftover))
                 forget(leftover.path);
             else
@@ -174,10 +182,7 @@ bool PosixFileChanges::removeLeftover(const MadeFolder& folder) const {
     attempt("remove", nullptr, [&] {
         ProtectedFolders::requirePlainPath(folder.path);
         removeFolder(ItemPlace::of(folder.path, writing), [&](int found) {
-            struct stat status {};
-            if (::fstat(found, &status) != 0)
-                throwErrno(writing, folder.path);
-            if (identityOf(status) != folder.identity)
+            if (identityOf(found) != folder.identity)
                 throw FileFailure{writing, folder.path, ENOENT, {}};
             protected_.requireRemovable(found, folder.path);
         });

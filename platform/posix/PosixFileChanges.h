@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Files.h"
+#include "platform/posix/FileDescriptor.h"
 #include "platform/posix/FileIdentity.h"
 #include "platform/posix/FolderCreation.h"
 #include "platform/posix/ProtectedFolders.h"
@@ -32,8 +33,9 @@ public:
 
     // Removes the folders that createDirectory made below the temporary root and that are still there, with their
     // content; from then on none can be made. For the end of the program: threads and tools may still be at work in
-    // them, so it tries for about half a second. Whether none is left.
-    bool removeLeftovers();
+    // them, so it tries for about half a second. Folders with a path in use are left alone: what works there goes on
+    // after the end. Whether none of the others is left.
+    bool removeLeftovers(const std::vector<std::string>& inUse = {});
 
 private:
     void remember(const MadeFolder& folder);
@@ -46,7 +48,11 @@ private:
     std::mutex creation_;
     bool ended_ = false;
     std::mutex mutex_;
-    std::vector<MadeFolder> leftovers_;
+    struct Leftover {
+        MadeFolder folder;
+        FileDescriptor kept;
+    };
+    std::vector<Leftover> leftovers_;
 };
 
 } // namespace platform

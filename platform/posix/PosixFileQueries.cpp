@@ -1,7 +1,8 @@
 #include "platform/posix/PosixFileQueries.h"
 
 #include "platform/posix/FolderListing.h"
-#include "platform/posix/ItemPlace.h"
+#include "platform/posix/PathText.h"
+#include "platform/posix/SystemCalls.h"
 #include "platform/posix/TreeWalk.h"
 
 #include <fcntl.h>
@@ -116,6 +117,15 @@ std::optional<FileOwner> PosixFileQueries::ownerOfItem(const std::string& path) 
     if (!status)
         return std::nullopt;
     return FileOwner{status->st_uid, status->st_gid};
+}
+
+std::optional<ItemIdentity> PosixFileQueries::identityOfItem(const std::string& path) {
+    const auto status = statusOf(path, AT_SYMLINK_NOFOLLOW);
+    if (!status)
+        return std::nullopt;
+    const timespec modified = timesOf(*status)[1];
+    return ItemIdentity{static_cast<std::uint64_t>(status->st_dev), static_cast<std::uint64_t>(status->st_ino),
+                        typeOf(status->st_mode), modified.tv_sec, modified.tv_nsec};
 }
 
 } // namespace platform

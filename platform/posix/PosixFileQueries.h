@@ -14,6 +14,7 @@ public:
     std::vector<std::string> entriesBelow(const std::string& path) override;
     std::optional<FileAttributes> attributesOfItem(const std::string& path) override;
     std::optional<FileOwner> ownerOfItem(const std::string& path) override;
+    std::optional<ItemIdentity> identityOfItem(const std::string& path) override;
 };
 
 } // namespace platform

@@ -8,16 +8,15 @@
 
 namespace platform {
 
-class TaskMonitor;
-
 // A pipe of the system. Any thread; an end that is in use stays open until that use is over.
 class PosixPipe : public Pipe {
 public:
-    // Null when the system has none left. The monitor does the reading, for as long as it exists.
-    static std::shared_ptr<PosixPipe> make(std::weak_ptr<TaskMonitor> monitor);
+    // Null when the system has none left.
+    static std::shared_ptr<PosixPipe> make();
 
-    PosixPipe(FileDescriptor readEnd, FileDescriptor writeEnd, std::weak_ptr<TaskMonitor> monitor);
+    PosixPipe(FileDescriptor readEnd, FileDescriptor writeEnd);
 
+    // The loop must be a PosixRunLoop.
     void readToEndInBackground(std::shared_ptr<RunLoop> loop, std::function<void(std::string)> done) override;
     bool write(std::string_view bytes) override;
     void closeWriting() override;
@@ -30,7 +29,6 @@ public:
     void closeReading();
 
 private:
-    std::weak_ptr<TaskMonitor> monitor_;
     std::mutex mutex_;
     std::shared_ptr<FileDescriptor> readEnd_;
     std::shared_ptr<FileDescriptor> writeEnd_;

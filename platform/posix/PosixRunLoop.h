@@ -1,23 +1,36 @@
 #pragma once
 
 #include "platform/Threads.h"
+#include "platform/posix/FileDescriptor.h"
 
-#include <condition_variable>
-#include <deque>
-#include <mutex>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
 
 namespace platform {
 
-// An event queue that its owner sleeps on.
+// A loop that waits for pipes. Everything on the thread that owns it.
 class PosixRunLoop : public RunLoop {
 public:
-    void post(std::function<void()> event) override;
     bool runOnce(std::chrono::milliseconds limit) override;
 
+    // Reads while the loop runs, until every writer has closed the pipe; all bytes are one event then.
+    void readToEnd(std::shared_ptr<const FileDescriptor> readEnd, std::function<void(std::string)> done);
+
 private:
-    std::mutex mutex_;
-    std::condition_variable posted_;
-    std::deque<std::function<void()>> events_;
+    struct Reader {
+        std::shared_ptr<const FileDescriptor> readEnd;
+        std::function<void(std::string)> done;
+        std::string bytes;
+        bool ended = false;
+    };
+
+    bool runEnded();
+    void readWhatComes(std::chrono::milliseconds limit);
+    static void read(Reader& reader);
+
+    std::vector<Reader> readers_;
 };
 
 } // namespace platform

@@ -1,9 +1,8 @@
 #include "platform/posix/ProtectedFolders.h"
 
-#include "platform/posix/FileDescriptor.h"
 #include "platform/posix/FileFailure.h"
-#include "platform/posix/FolderListing.h"
-#include "platform/posix/ItemPlace.h"
+#include "platform/posix/PathText.h"
+#include "platform/posix/SystemCalls.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -47,7 +46,7 @@ void ProtectedFolders::requireRemovable(int folder, const std::string& path) con
 std::vector<FileIdentity> ProtectedFolders::identities() const {
     std::vector<FileIdentity> all;
     const auto add = [&all](const std::string& path) {
-        const FileDescriptor folder(::open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+        const FileDescriptor folder = openPlace(AT_FDCWD, path.c_str(), Links::Followed);
         for (const FileIdentity& identity : ancestry(folder.get()))
             all.push_back(identity);
     };

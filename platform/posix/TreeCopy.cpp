@@ -1,6 +1,8 @@
 #include "platform/posix/TreeCopy.h"
 
 #include "platform/posix/FolderListing.h"
+#include "platform/posix/SystemCalls.h"
+#include "platform/posix/TreeRemoval.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -34,18 +36,17 @@ void makeFolder(int parent, const std::string& name, const std::string& path) {
         throwErrno(writing, path);
 }
 
-void copyFolder(const ItemPlace& from, const ItemPlace& to, bool& made) {
+void copyFolder(const ItemPlace& from, const ItemPlace& to, MadeItem& made) {
     FolderCursor source = openRoot(from, reading);
     if (contains(ancestry(to.folder.get()), identityOf(source.status())))
         throw insideItself(to.path);
     makeFolder(to.folder.get(), to.name, to.path);
-    made = true;
-    TreeCopy(std::move(source), openRoot(to, writing)).run();
+    FolderCursor copy = openRoot(to, writing);
+    made = identityOf(copy.status());
+    TreeCopy(std::move(source), std::move(copy)).run();
 }
 
-} // namespace
-
-void copyItem(const ItemPlace& from, const ItemPlace& to, bool& made) {
+void copyAnything(const ItemPlace& from, const ItemPlace& to, MadeItem& made) {
     const CopyEnd source{from.folder.get(), from.name.c_str(), from.path};
     const CopyEnd destination{to.folder.get(), to.name.c_str(), to.path};
     switch (from.status(reading).st_mode & S_IFMT) {
@@ -57,6 +58,23 @@ void copyItem(const ItemPlace& from, const ItemPlace& to, bool& made) {
         return copyRegularFile(source, destination, &made);
     default:
         throw FileFailure{reading, from.path, EOPNOTSUPP, "it is no file, folder or link"};
+    }
+}
+
+} // namespace
+
+void copyItem(const ItemPlace& from, const ItemPlace& to) {
+    MadeItem made;
+    try {
+        copyAnything(from, to, made);
+    } catch (const FileFailure&) {
+        try {
+            if (made)
+                removeIfSame(to, *made);
+        } catch (const FileFailure&) {
+            // The first failure is the one to tell.
+        }
+        throw;
     }
 }
 

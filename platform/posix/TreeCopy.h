@@ -10,8 +10,8 @@ namespace platform {
 
 // Copies an item with all below it. Links are copied as links and never entered; devices, FIFOs and sockets are never
 // opened and make it fail, as does anything at the destination, or a destination inside the folder itself. Throws at
-// the first failure. `made` becomes true when there is something at the destination that this call made.
-void copyItem(const ItemPlace& from, const ItemPlace& to, bool& made);
+// the first failure, once what was made at the destination is removed again; what somebody else put in its place stays.
+void copyItem(const ItemPlace& from, const ItemPlace& to);
 
 // Copies the content of one folder to another, empty one. The caller's thread makes folders and links, other threads
 // copy the files. The traits of folders are set at the very end, the deepest first: a folder may be read-only, and what

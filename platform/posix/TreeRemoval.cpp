@@ -1,6 +1,8 @@
 #include "platform/posix/TreeRemoval.h"
 
 #include "platform/posix/FolderListing.h"
+#include "platform/posix/PathText.h"
+#include "platform/posix/SystemCalls.h"
 #include "platform/posix/TreeWalk.h"
 
 #include <cerrno>
@@ -22,7 +24,7 @@ void unlinkEntry(int folder, const std::string& name, int flags, const std::stri
 
 // The folder as a place only; not open when it is gone.
 FileDescriptor findFolder(int parent, dev_t parentDevice, const std::string& name, const std::string& path) {
-    FileDescriptor folder(::openat(parent, name.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    FileDescriptor folder = openPlace(parent, name.c_str(), Links::Refused);
     if (!folder.isOpen()) {
         if (errno != ENOENT)
             throwErrno(writing, path);
@@ -38,9 +40,8 @@ FileDescriptor openUp(const FileDescriptor& place, const std::string& path) {
     if (::fstat(place.get(), &status) != 0)
         throwErrno(writing, path);
     if (status.st_uid == ::geteuid() && (status.st_mode & S_IRWXU) != S_IRWXU) {
-        // A place has no descriptor that fchmod takes. Where this fails, opening fails too and says why.
-        const std::string self = "/proc/self/fd/" + std::to_string(place.get());
-        ::chmod(self.c_str(), (status.st_mode & 07777) | S_IRWXU);
+        // Where this fails, opening fails too and says why.
+        changeModeOfPlace(place.get(), (status.st_mode & 07777) | S_IRWXU);
     }
     FileDescriptor folder(::openat(place.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!folder.isOpen() && errno != ENOENT)
@@ -55,12 +56,11 @@ public:
         if (!listFolder(at.descriptor(), entries) && errno != ENOENT)
             throwErrno(writing, at.path());
         std::vector<std::string> folders;
-        for (FolderEntry& entry : entries) {
+        for (FolderEntry& entry : entries)
             if (entry.type == S_IFDIR)
                 folders.push_back(std::move(entry.name));
             else
                 unlinkEntry(at.descriptor(), entry.name, 0, at.pathOf(entry.name));
-        }
         return folders;
     }
 
@@ -100,6 +100,19 @@ void removeFolder(const ItemPlace& place, const std::function<void(int folder)>&
     Removal removal;
     walkTree(at, removal);
     unlinkEntry(place.folder.get(), place.name, AT_REMOVEDIR, place.path);
+}
+
+void removeIfSame(const ItemPlace& place, const FileIdentity& identity) {
+    struct stat status {};
+    if (::fstatat(place.folder.get(), place.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0 ||
+        identityOf(status) != identity)
+        return;
+    if (!S_ISDIR(status.st_mode))
+        return unlinkEntry(place.folder.get(), place.name, 0, place.path);
+    removeFolder(place, [&](int folder) {
+        if (identityOf(folder) != identity)
+            throw FileFailure{writing, place.path, ENOENT, {}};
+    });
 }
 
 void removeItem(const ItemPlace& place) {

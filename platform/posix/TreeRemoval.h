@@ -14,6 +14,9 @@ void removeItem(const ItemPlace& place);
 // The same for a folder, once the check of the opened folder has not thrown.
 void removeFolder(const ItemPlace& place, const std::function<void(int folder)>& check);
 
+// Removes the item only if it is still that one. What took its place is left, and no failure.
+void removeIfSame(const ItemPlace& place, const FileIdentity& identity);
+
 // Throws when this user may not change the entries of the folder that holds the item.
 void requireChangeableFolder(const ItemPlace& place);
 

@@ -1,7 +1,8 @@
 #include "platform/posix/UniqueRename.h"
 
+#include "platform/posix/SystemCalls.h"
+
 #include <cerrno>
-#include <cstdio>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -36,10 +37,9 @@ int renameOverPlaceholder(const ItemPlace& from, const ItemPlace& to) {
 }
 
 int renameUnique(const ItemPlace& from, const ItemPlace& to) {
-    if (::renameat2(from.folder.get(), from.name.c_str(), to.folder.get(), to.name.c_str(), RENAME_NOREPLACE) == 0)
+    if (renameExclusively(from.folder.get(), from.name.c_str(), to.folder.get(), to.name.c_str()))
         return 0;
-    // EINVAL is also the answer for a folder that would move into itself; the second way finds that out as well.
-    return errno == EINVAL || errno == ENOSYS ? renameOverPlaceholder(from, to) : errno;
+    return errno == ENOTSUP ? renameOverPlaceholder(from, to) : errno;
 }
 
 } // namespace platform

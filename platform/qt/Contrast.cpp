@@ -24,7 +24,8 @@ double Contrast::between(const QColor& one, const QColor& other) {
 }
 
 bool Contrast::isHigh(const QPalette& palette) {
-    constexpr double nearlyTheMost = 20.0;
+    // Between black on the light grey of a desktop without colours of its own (18.3) and yellow on black (19.6).
+    constexpr double nearlyTheMost = 19.0;
     return between(palette.color(QPalette::WindowText), palette.color(QPalette::Window)) > nearlyTheMost;
 }
 
@@ -38,9 +39,8 @@ QColor Contrast::makeVisible(const QColor& color, const QColor& towards, const Q
     constexpr int stages = 20;
     for (int stage = 0; stage < stages; ++stage) {
         const QColor candidate = mix(color, towards, static_cast<float>(stage) / stages);
-        if (between(candidate, background) >= visible) {
+        if (between(candidate, background) >= visible)
             return candidate;
-        }
     }
     return towards;
 }

@@ -1,7 +1,6 @@
 #include "platform/qt/LauncherEntry.h"
 
 #include <QDBusMessage>
-#include <QFileInfo>
 #include <QHash>
 #include <QVariantMap>
 
@@ -16,17 +15,6 @@ LauncherEntry::LauncherEntry(const QString& desktopFile, std::optional<QDBusConn
 
 LauncherEntry::~LauncherEntry() {
     setProgress({});
-}
-
-std::optional<QDBusConnection> LauncherEntry::sessionBus() {
-    // Asking for a bus where there is none can start one.
-    const bool known = qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS") ||
-                       QFileInfo::exists(qEnvironmentVariable("XDG_RUNTIME_DIR") + "/bus");
-    if (!known) {
-        return {};
-    }
-    const QDBusConnection bus = QDBusConnection::sessionBus();
-    return bus.isConnected() ? std::optional(bus) : std::nullopt;
 }
 
 void LauncherEntry::setProgress(std::optional<double> share) {

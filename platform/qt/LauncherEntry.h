@@ -17,9 +17,6 @@ public:
     LauncherEntry(const LauncherEntry&) = delete;
     LauncherEntry& operator=(const LauncherEntry&) = delete;
 
-    // The person's own bus, if it is there already: none is started for this.
-    static std::optional<QDBusConnection> sessionBus();
-
     // A share from 0 to 1; nothing takes the progress away. Sends whole per cents only.
     void setProgress(std::optional<double> share);
 

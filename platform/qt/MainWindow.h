@@ -1,13 +1,12 @@
 #pragma once
 
 #include "platform/UserInterface.h"
-#include "platform/qt/FittedWindow.h"
+#include "platform/qt/AnswerGuard.h"
 
 #include <QWidget>
 
+#include <functional>
 #include <memory>
-
-class QAction;
 
 namespace Ui {
 class MainInterface;
@@ -15,10 +14,12 @@ class MainInterface;
 
 namespace platform {
 
+class AlertSheet;
 class ProgressBar;
 
-// The progress window. It never closes itself: whoever owns it ends the program.
-class MainWindow : public FittedWindow<QWidget>, public Window {
+// The progress window. It never closes itself: whoever owns it ends the program. Its size follows its content, and its
+// measures follow the person's font.
+class MainWindow : public QWidget, public Window {
     Q_OBJECT
 
 public:
@@ -26,18 +27,23 @@ public:
     ~MainWindow() override;
 
     void setTitle(const std::string& title) override;
+    void orderFront() override;
 
     Label& textIndicator();
     ProgressBar& progressIndicator();
 
-    // The help command, for sheets to offer it as well.
-    QAction* helpAction() const { return helpAction_; }
-
     // Shows the window in the middle of its screen.
     void showCentred();
 
-    // Makes the window seen when something in front of it needs the person.
-    void callForAttention();
+    // For sheets that this window is to show.
+    const AnswerGuard& answerGuard() const { return guard_; }
+
+    // Shows the sheet, which then belongs to the window, over the window's content or in the place of another sheet.
+    // The window only asks for attention: it takes neither the keyboard nor its place in front.
+    void showSheet(AlertSheet* sheet);
+
+    // Takes the sheet away; nothing when there is none.
+    void removeSheet();
 
 signals:
     void quitRequested();
@@ -49,11 +55,18 @@ protected:
 
 private:
     void addCommands();
-    void adaptToFont() final;
-    void fit() final;
+    void addCommand(const QList<QKeySequence>& keys, const std::function<void()>& triggered);
+    void requestQuit();
+    void adaptToFont();
+    // Takes the size that the content needs, or the sheet over it.
+    void fit();
+    QSize arrange(int width, bool withIcon);
+    // A window that has grown over the screen's edge comes back.
+    void keepOnScreen();
 
     std::unique_ptr<Ui::MainInterface> ui_;
-    QAction* helpAction_ = nullptr;
+    AnswerGuard guard_;
+    AlertSheet* sheet_ = nullptr;
 };
 
 } // namespace platform

@@ -1,8 +1,8 @@
 #include "platform/qt/ProgressBar.h"
 
+#include "platform/qt/Contrast.h"
 #include "platform/qt/ProgressColors.h"
 
-#include <QAccessible>
 #include <QPainter>
 #include <QStyle>
 #include <QTimerEvent>
@@ -20,12 +20,14 @@ constexpr int frameInterval = 16;
 // The busy segment: its share of the groove, and how long it takes to go there and back, in milliseconds.
 constexpr double segmentShare = 0.3;
 constexpr double segmentPeriod = 2600.0;
+// The same segment as a shimmer that crosses the groove: how long it takes, and how much there is to be seen of it.
+constexpr double shimmerPeriod = 1800.0;
+constexpr float shimmerStrength = 0.3F;
 
 } // namespace
 
-ProgressBar::ProgressBar(QWidget* parent) : QProgressBar(parent) {
-    setTextVisible(false);
-    showState();
+ProgressBar::ProgressBar(QWidget* parent) : QWidget(parent) {
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
 }
 
 void ProgressBar::setIndeterminate(bool indeterminate) {
@@ -45,11 +47,7 @@ void ProgressBar::setMaxValue(double value) {
 
 void ProgressBar::setDoubleValue(double value) {
     state_.value = value;
-    valueWaiting_ = frame_.isActive();
-    if (!valueWaiting_) {
-        frame_.start(frameInterval, this);
-        showState();
-    }
+    showState();
 }
 
 void ProgressBar::startAnimation() {
@@ -63,35 +61,15 @@ void ProgressBar::stopAnimation() {
 }
 
 void ProgressBar::showState() {
-    valueWaiting_ = false;
-    const bool busyBefore = maximum() == 0;
-    // The base class paints at once, but only what its own look makes necessary.
     update();
-    showRange();
     updateAnimation();
-    if (busyBefore != state_.isBusy()) {
-        QAccessible::State changed;
-        changed.busy = true;
-        QAccessibleStateChangeEvent event(this, changed);
-        QAccessible::updateAccessibility(&event);
-    }
-    emit stateShown();
-}
-
-// The base class forgets its value while the range is empty.
-void ProgressBar::showRange() {
-    if (state_.isBusy()) {
-        setRange(0, 0);
-    } else {
-        setRange(0, ProgressState::steps);
-        setValue(state_.position());
-    }
+    emit stateChanged();
 }
 
 void ProgressBar::updateAnimation() {
     // Styles answer 0 for people whom movement disturbs.
     const bool mayMove = style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, this) > 0;
-    if (!state_.isBusy() || !isVisible() || !mayMove) {
+    if (!(state_.isBusy() || state_.isWaiting()) || !isVisible() || !mayMove) {
         animation_.stop();
     } else if (!animation_.isActive()) {
         animationTime_.start();
@@ -100,26 +78,19 @@ void ProgressBar::updateAnimation() {
 }
 
 void ProgressBar::timerEvent(QTimerEvent* event) {
-    if (event->timerId() == animation_.timerId()) {
+    if (event->timerId() == animation_.timerId())
         update();
-    } else if (event->timerId() == frame_.timerId()) {
-        if (valueWaiting_) {
-            showState();
-        } else {
-            frame_.stop();
-        }
-    } else {
-        QProgressBar::timerEvent(event);
-    }
+    else
+        QWidget::timerEvent(event);
 }
 
 void ProgressBar::showEvent(QShowEvent* event) {
-    QProgressBar::showEvent(event);
+    QWidget::showEvent(event);
     updateAnimation();
 }
 
 void ProgressBar::hideEvent(QHideEvent* event) {
-    QProgressBar::hideEvent(event);
+    QWidget::hideEvent(event);
     updateAnimation();
 }
 
@@ -142,11 +113,29 @@ void ProgressBar::paintEvent(QPaintEvent* /*event*/) {
     painter.setBrush(colors.groove);
     painter.drawRoundedRect(groove, radius, radius);
     const QRectF filled = chunk(groove);
+    if (state_.isWaiting() && animation_.isActive())
+        drawShimmer(painter, groove, Contrast::mix(colors.groove, colors.chunk, shimmerStrength));
     if (!filled.isEmpty()) {
         painter.setPen(QPen(colors.chunk, 1.0));
         painter.setBrush(colors.chunk);
         painter.drawRoundedRect(filled, radius, radius);
     }
+}
+
+void ProgressBar::drawShimmer(QPainter& painter, const QRectF& groove, const QColor& color) const {
+    const double turn = std::fmod(static_cast<double>(animationTime_.elapsed()) / shimmerPeriod, 1.0);
+    const double place = isRightToLeft() ? 1 - turn : turn;
+    const double width = groove.width() * segmentShare;
+    // It comes from beyond one end and goes beyond the other.
+    const double left = groove.left() - width + (groove.width() + width) * place;
+    QLinearGradient gradient(left, 0, left + width, 0);
+    const QColor nothing = QColor::fromRgbF(color.redF(), color.greenF(), color.blueF(), 0.0F);
+    gradient.setColorAt(0, nothing);
+    gradient.setColorAt(0.5, color);
+    gradient.setColorAt(1, nothing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(gradient);
+    painter.drawRoundedRect(groove.adjusted(0.5, 0.5, -0.5, -0.5), groove.height() / 2, groove.height() / 2);
 }
 
 QRectF ProgressBar::chunk(const QRectF& groove) const {
@@ -158,13 +147,13 @@ QRectF ProgressBar::chunk(const QRectF& groove) const {
         filled.setWidth(groove.width() * segmentShare);
         filled.translate((groove.width() - filled.width()) * place, 0);
     } else {
-        const double share = static_cast<double>(value()) / ProgressState::steps;
+        const int position = state_.position();
+        const double share = static_cast<double>(position) / ProgressState::steps;
         // Never narrower than its round ends.
-        filled.setWidth(value() > 0 ? std::max(groove.width() * share, groove.height()) : 0);
+        filled.setWidth(position > 0 ? std::max(groove.width() * share, groove.height()) : 0);
     }
-    if (isRightToLeft()) {
+    if (isRightToLeft())
         filled.moveRight(groove.left() + groove.right() - filled.left());
-    }
     return filled;
 }
 

@@ -5,13 +5,12 @@
 
 #include <QBasicTimer>
 #include <QElapsedTimer>
-#include <QProgressBar>
+#include <QWidget>
 
 namespace platform {
 
-// The window's bar: a rounded groove in the palette's colours. It mirrors a ProgressState: the range is 0 to
-// ProgressState::steps, or 0 to 0 while busy. Values may come faster than the screen can show them.
-class ProgressBar : public QProgressBar, public ProgressIndicator {
+// The window's bar: a rounded groove in the palette's colours. Values may come faster than the screen can show them.
+class ProgressBar : public QWidget, public ProgressIndicator {
     Q_OBJECT
 
 public:
@@ -30,8 +29,8 @@ public:
     QSize minimumSizeHint() const override;
 
 signals:
-    // The bar now looks as state() says.
-    void stateShown();
+    // state() has changed, and the bar will be drawn so.
+    void stateChanged();
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -41,15 +40,13 @@ protected:
 
 private:
     void showState();
-    void showRange();
     void updateAnimation();
+    // A sign of life where there is no value to show.
+    void drawShimmer(QPainter& painter, const QRectF& groove, const QColor& color) const;
     // The filled part of the groove.
     QRectF chunk(const QRectF& groove) const;
 
     ProgressState state_;
-    // Runs for one frame after a value was shown; a value that comes meanwhile waits for its end.
-    QBasicTimer frame_;
-    bool valueWaiting_ = false;
     QBasicTimer animation_;
     QElapsedTimer animationTime_;
 };

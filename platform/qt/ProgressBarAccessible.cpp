@@ -7,18 +7,17 @@ namespace platform {
 ProgressBarAccessible::ProgressBarAccessible(ProgressBar& bar) : QAccessibleWidget(&bar, QAccessible::ProgressBar) {}
 
 void* ProgressBarAccessible::interface_cast(QAccessible::InterfaceType type) {
-    if (type == QAccessible::ValueInterface) {
+    if (type == QAccessible::ValueInterface)
         return static_cast<QAccessibleValueInterface*>(this);
-    }
     return QAccessibleWidget::interface_cast(type);
 }
 
 QString ProgressBarAccessible::text(QAccessible::Text kind) const {
-    if (kind != QAccessible::Value) {
+    if (kind != QAccessible::Value)
         return QAccessibleWidget::text(kind);
-    }
-    const int percent = progress().position() * 100 / ProgressState::steps;
-    return progress().indeterminate ? QString() : QLocale().toString(percent) + QLocale().percent();
+    return progress().indeterminate && !progress().finished
+               ? QString()
+               : QLocale().toString(progress().percent()) + QLocale().percent();
 }
 
 QAccessible::State ProgressBarAccessible::state() const {
@@ -29,7 +28,7 @@ QAccessible::State ProgressBarAccessible::state() const {
 }
 
 QVariant ProgressBarAccessible::currentValue() const {
-    return progress().position() * 100.0 / ProgressState::steps;
+    return static_cast<double>(progress().percent());
 }
 
 const ProgressState& ProgressBarAccessible::progress() const {

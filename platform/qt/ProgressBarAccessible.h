@@ -18,7 +18,7 @@ public:
     QVariant currentValue() const override;
     QVariant minimumValue() const override { return 0.0; }
     QVariant maximumValue() const override { return 100.0; }
-    QVariant minimumStepSize() const override { return 100.0 / ProgressState::steps; }
+    QVariant minimumStepSize() const override { return 1.0; }
     // The program's progress is nobody else's to change.
     void setCurrentValue(const QVariant& /*value*/) override {}
 

@@ -9,7 +9,9 @@ ProgressColors ProgressColors::of(const QPalette& palette) {
     const QColor text = palette.color(QPalette::WindowText);
     const QColor groove = Contrast::mix(window, text, 0.1F);
     return {.groove = groove,
-            .outline = Contrast::isHigh(palette) ? text : Contrast::mix(window, text, 0.38F),
+            .outline = Contrast::isHigh(palette)
+                           ? text
+                           : Contrast::makeVisible(Contrast::mix(window, text, 0.38F), text, window),
             .chunk = Contrast::makeVisible(palette.color(QPalette::Highlight), text, groove)};
 }
 

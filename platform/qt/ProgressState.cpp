@@ -7,9 +7,10 @@ namespace platform {
 
 int ProgressState::position() const {
     const double fraction = (value - minimum) / (maximum - minimum);
-    if (indeterminate || std::isnan(fraction) || maximum <= minimum) {
+    if (indeterminate)
+        return finished ? steps : 0;
+    if (std::isnan(fraction) || maximum <= minimum)
         return 0;
-    }
     return static_cast<int>(std::lround(std::clamp(fraction, 0.0, 1.0) * steps));
 }
 

@@ -10,7 +10,9 @@
 namespace platform {
 
 QtApplicationObject::QtApplicationObject(const QtInterfaceOptions& options)
-    : name_(options.identifier), arguments_{name_.data(), nullptr}, application_(argumentCount_, arguments_.data()) {
+    : words_{options.identifier, "-platform", options.plugIns}, arguments_{words_[0].data(), words_[1].data(),
+                                                                           words_[2].data(), nullptr},
+      argumentCount_(options.plugIns.empty() ? 1 : 3), application_(argumentCount_, arguments_.data()) {
     const QLocale locale(QString::fromStdString(options.language));
     QLocale::setDefault(locale);
     QApplication::setLayoutDirection(locale.textDirection());
@@ -23,15 +25,11 @@ QtApplicationObject::QtApplicationObject(const QtInterfaceOptions& options)
 
 void QtApplicationObject::showStandardTexts() {
     const QLocale locale;
-    if (locale.language() == QLocale::English) {
+    if (standardTexts_ != nullptr || locale.language() == QLocale::English)
         return;
-    }
-    auto* translator = new QTranslator(&application_);
-    textsReader_ = std::jthread([translator, locale] {
-        if (translator->load(locale, "qtbase", "_", QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
-            QMetaObject::invokeMethod(translator, [translator] { QCoreApplication::installTranslator(translator); });
-        }
-    });
+    standardTexts_ = new QTranslator(&application_);
+    if (standardTexts_->load(locale, "qtbase", "_", QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QCoreApplication::installTranslator(standardTexts_);
 }
 
 } // namespace platform

@@ -6,7 +6,8 @@
 
 #include <array>
 #include <string>
-#include <thread>
+
+class QTranslator;
 
 namespace platform {
 
@@ -15,18 +16,19 @@ class QtApplicationObject {
 public:
     explicit QtApplicationObject(const QtInterfaceOptions& options);
 
-    // Has Qt's own texts, such as those of a text's menu, in the program's language, as soon as they are read.
+    // From now on Qt's own texts, such as those of a text's menu, are in the program's language. Reads a file, so only
+    // what can show such texts asks for them.
     void showStandardTexts();
 
 private:
-    // Qt keeps references to both. The command line holds the program's name alone, because Qt would take the options
-    // that it knows, and their values, out of the person's.
-    std::string name_;
-    int argumentCount_ = 1;
-    std::array<char*, 2> arguments_;
+    // Qt keeps references to the command line. It is not the person's, because Qt would take the options that it knows,
+    // and their values, out of that.
+    std::array<std::string, 3> words_;
+    std::array<char*, 4> arguments_;
+    int argumentCount_;
     QApplication application_;
-    // Looks for files, which takes its time on a busy disk.
-    std::jthread textsReader_;
+    // Null until the texts are asked for. Belongs to the application object.
+    QTranslator* standardTexts_ = nullptr;
 };
 
 } // namespace platform

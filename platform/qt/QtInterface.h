@@ -15,6 +15,8 @@ struct QtInterfaceOptions {
     std::string identifier;
     // What the desktop and screen readers call the program.
     std::string name;
+    // Qt's plug-ins for the display, as UsableDisplay names them; empty leaves the choice to Qt.
+    std::string plugIns = {};
 };
 
 // The main interface as a window, and the Qt application object with it; both end together. Never looks at the command

@@ -1,8 +1,9 @@
 #pragma once
 
-#include "platform/qt/AlertQueue.h"
+#include "platform/qt/DesktopColors.h"
 #include "platform/qt/LauncherEntry.h"
 #include "platform/qt/MainWindow.h"
+#include "platform/qt/QtAlerts.h"
 #include "platform/qt/QtApplicationObject.h"
 #include "platform/qtcore/QuitSignals.h"
 
@@ -27,8 +28,9 @@ private:
     void showOnLauncher();
 
     QtApplicationObject applicationObject_;
+    DesktopColors desktopColors_;
     MainWindow window_;
-    AlertQueue alerts_;
+    QtAlerts alerts_;
     // Made when there is the first progress to show.
     std::unique_ptr<LauncherEntry> launcherEntry_;
     std::optional<QuitSignals> quitSignals_;

@@ -1,5 +1,6 @@
 #include "platform/qt/ResourceIcon.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QImageReader>
 
@@ -12,8 +13,11 @@ namespace platform {
 
 namespace {
 
+// A branded bundle has pictures of its own in place of the program's.
 QString fileName(const QString& name, int extent) {
-    return QString(":/platform/qt/icons/%1-%2.png").arg(name).arg(extent);
+    const QString file = QString("icons/%1-%2.png").arg(name).arg(extent);
+    const QString branded = QCoreApplication::applicationDirPath() + "/../Resources/" + file;
+    return QFile::exists(branded) ? branded : ":/platform/qt/" + file;
 }
 
 QPixmap load(const QString& file) {

@@ -12,12 +12,13 @@ StageLabel::StageLabel(QWidget* parent) : QLabel(parent) {
 
 void StageLabel::setStringValue(const std::string& text) {
     const QString shown = QString::fromStdString(text);
-    if (shown == this->text()) {
+    if (shown == this->text())
         return;
-    }
     setText(shown);
+    setAccessibleName(shown);
     emit textChanged(shown);
-    QAccessibleEvent event(this, QAccessible::Alert);
+    // A notification is spoken when it appears; a change of its text alone is not.
+    QAccessibleEvent event(this, QAccessible::ObjectShow);
     QAccessible::updateAccessibility(&event);
 }
 

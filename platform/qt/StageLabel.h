@@ -6,8 +6,8 @@
 
 namespace platform {
 
-// The window's line of text. It takes the keyboard focus when the window opens, because screen readers speak a changed
-// text of their own accord only where the focus is.
+// The window's line of text. Screen readers speak each new text as a notification; the keyboard focus is on it where no
+// button has it, so that they can read it again.
 class StageLabel : public QLabel, public Label {
     Q_OBJECT
 

@@ -6,32 +6,29 @@
 
 namespace platform {
 
-// One INI file of settings. Reading never waits and never changes anything.
+// One INI file of settings. Other programs may change it at any time.
 class PreferencesFile {
 public:
-    // The file and its folder need not exist.
+    // A change to one key: the new text, or nothing to remove it, and whether the key was absent when it was last read.
+    struct Change {
+        std::optional<std::string> value;
+        bool isFirst = false;
+    };
+    using Changes = std::map<std::string, Change>;
+
+    // The file and its folder need not exist. A link to a file stays a link.
     explicit PreferencesFile(const std::string& path);
 
-    // The text stored for the key at this moment. Nothing when there is none or the file is no settings file.
-    std::optional<std::string> value(const std::string& key) const;
+    // All bytes of the file; none when it does not exist. Nothing when it is no readable regular file or no honest
+    // settings file is as large.
+    std::optional<std::string> read() const;
 
-    // Replaces the file by one with these changes; absent values are removed. The old or the new file stands there
-    // whole, whatever happens. False when that was not possible.
-    bool apply(const std::map<std::string, std::optional<std::string>>& changes) const;
+    // Applies the changes to what is in the file by now, and gives its new bytes. A first value gives way to one that
+    // another program has stored in the meantime, so that all programs go on with the same. The old or the new file
+    // stands there whole, whatever happens, and nothing else. Nothing when that was not possible.
+    std::optional<std::string> apply(const Changes& changes) const;
 
 private:
-    enum class State { Missing, Readable, Broken, Inaccessible };
-    struct Content {
-        State state = State::Missing;
-        std::string bytes;
-        std::map<std::string, std::string> values;
-    };
-
-    Content read() const;
-    bool replace(const std::map<std::string, std::optional<std::string>>& changes) const;
-    bool keepAside() const;
-
-    // Where the file really is: a link to it stays a link.
     std::string path_;
 };
 

@@ -7,6 +7,7 @@
 #include <utility>
 
 namespace platform {
+
 namespace {
 
 using foundation::Value;
@@ -25,26 +26,22 @@ public:
             value = readValue(1);
             xml_.skipCurrentElement();
         }
-        while (!xml_.atEnd()) {
+        while (!xml_.atEnd())
             xml_.readNext();
-        }
         return xml_.hasError() ? std::nullopt : value;
     }
 
 private:
     Value readValue(int depth) {
-        if (depth > deepestNesting) {
+        if (depth > deepestNesting)
             return fail();
-        }
         const QString name = xml_.name().toString();
-        if (name == QLatin1String("dict")) {
+        if (name == QLatin1String("dict"))
             return readDictionary(depth);
-        }
         if (name == QLatin1String("array")) {
             Value::Array array;
-            while (xml_.readNextStartElement()) {
+            while (xml_.readNextStartElement())
                 array.push_back(readValue(depth + 1));
-            }
             return Value(std::move(array));
         }
         return scalar(name, xml_.readElementText());
@@ -53,13 +50,11 @@ private:
     Value readDictionary(int depth) {
         Value::Dictionary dictionary;
         while (xml_.readNextStartElement()) {
-            if (xml_.name() != QLatin1String("key")) {
+            if (xml_.name() != QLatin1String("key"))
                 return fail();
-            }
             const std::string key = xml_.readElementText().toStdString();
-            if (!xml_.readNextStartElement()) {
+            if (!xml_.readNextStartElement())
                 return fail();
-            }
             dictionary[key] = readValue(depth + 1);
         }
         return Value(std::move(dictionary));
@@ -67,23 +62,19 @@ private:
 
     Value scalar(const QString& name, const QString& text) {
         bool isRight = true;
-        if (name == QLatin1String("string")) {
+        if (name == QLatin1String("string"))
             return Value(text.toStdString());
-        }
-        if (name == QLatin1String("date") || name == QLatin1String("data")) {
+        if (name == QLatin1String("date") || name == QLatin1String("data"))
             return Value(text.trimmed().toStdString());
-        }
-        if (name == QLatin1String("true") || name == QLatin1String("false")) {
+        if (name == QLatin1String("true") || name == QLatin1String("false"))
             return Value(name == QLatin1String("true"));
-        }
         Value number;
-        if (name == QLatin1String("integer")) {
+        if (name == QLatin1String("integer"))
             number = Value(std::int64_t{text.trimmed().toLongLong(&isRight)});
-        } else if (name == QLatin1String("real")) {
+        else if (name == QLatin1String("real"))
             number = Value(text.trimmed().toDouble(&isRight));
-        } else {
+        else
             isRight = false;
-        }
         return isRight ? number : fail();
     }
 

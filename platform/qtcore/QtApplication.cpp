@@ -11,9 +11,8 @@ int QtApplication::run() {
     QCoreApplication::setQuitLockEnabled(false);
     running_ = true;
     post(&QtApplication::finishLaunching);
-    if (std::exchange(requestWaiting_, false)) {
+    if (std::exchange(requestWaiting_, false))
         post(&QtApplication::askDelegate);
-    }
     const int status = QCoreApplication::exec();
     running_ = false;
     return status;
@@ -21,22 +20,17 @@ int QtApplication::run() {
 
 void QtApplication::terminate() {
     // Ending a loop that does not run yet would have no effect.
-    if (running_) {
+    if (running_)
         post(&QtApplication::askDelegate);
-    } else {
+    else
         requestWaiting_ = true;
-    }
 }
 
 void QtApplication::replyToApplicationShouldTerminate(bool shouldTerminate) {
-    if (!std::exchange(replyPending_, false)) {
+    if (!std::exchange(replyPending_, false))
         return;
-    }
-    if (shouldTerminate) {
+    if (shouldTerminate)
         end();
-    } else if (std::exchange(requestWaiting_, false)) {
-        post(&QtApplication::askDelegate);
-    }
 }
 
 void QtApplication::post(void (QtApplication::*step)()) {
@@ -49,13 +43,8 @@ void QtApplication::finishLaunching() {
 }
 
 void QtApplication::askDelegate() {
-    if (ended_) {
+    if (ended_ || replyPending_)
         return;
-    }
-    if (replyPending_) {
-        requestWaiting_ = true;
-        return;
-    }
     // Set before asking: the delegate may reply within its answer.
     replyPending_ = true;
     switch (delegate_->applicationShouldTerminate()) {

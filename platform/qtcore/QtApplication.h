@@ -30,7 +30,7 @@ private:
     bool running_ = false;
     // The delegate's answer was Later, and its reply is still to come.
     bool replyPending_ = false;
-    // A request that came before the loop ran or while the reply was pending.
+    // A request came before the loop ran.
     bool requestWaiting_ = false;
     bool ended_ = false;
 };

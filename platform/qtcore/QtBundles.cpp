@@ -13,6 +13,7 @@
 #include <dirent.h>
 
 namespace platform {
+
 namespace {
 
 using foundation::Value;
@@ -40,9 +41,8 @@ std::vector<std::string> languagesIn(const std::string& resources) {
     const std::unique_ptr<DIR, int (*)(DIR*)> folder(::opendir(resources.c_str()), &::closedir);
     while (const struct dirent* entry = folder ? ::readdir(folder.get()) : nullptr) {
         const std::string_view name(&entry->d_name[0]);
-        if (name.ends_with(extension)) {
+        if (name.ends_with(extension))
             languages.emplace_back(name.substr(0, name.size() - extension.size()));
-        }
     }
     return languages;
 }
@@ -59,9 +59,8 @@ std::optional<Value> QtBundles::objectForInfoDictionaryKey(const std::string& ke
 }
 
 std::optional<Value::Dictionary> QtBundles::bundleInformation(const std::string& path) {
-    if (!isFolder(path)) {
+    if (!isFolder(path))
         return std::nullopt;
-    }
     for (const char* place : {"Contents/Info.plist", "Resources/Info.plist", "Info.plist"}) {
         if (const auto bytes = readWholeFile(appendingPathComponent(path, place))) {
             const auto list = parsePropertyList(*bytes);
@@ -74,9 +73,8 @@ std::optional<Value::Dictionary> QtBundles::bundleInformation(const std::string&
 std::string QtBundles::localizedString(const std::string& key, const std::string& value) {
     readTable();
     const auto found = table_.find(key);
-    if (found != table_.end()) {
+    if (found != table_.end())
         return found->second;
-    }
     return value.empty() ? key : value;
 }
 
@@ -99,7 +97,10 @@ void QtBundles::findTable() {
         development && development->string() != nullptr ? *development->string() : std::string();
     std::vector<std::string> available = languagesIn(resources);
     while (const auto language = foundation::chooseLocalization(available, preferredLanguages_, developmentLanguage)) {
-        const auto bytes = readWholeFile(appendingPathComponent(resources, *language + ".lproj/Localizable.strings"));
+        const auto bytes =
+            canShow_ && !canShow_(*language)
+                ? std::nullopt
+                : readWholeFile(appendingPathComponent(resources, *language + ".lproj/Localizable.strings"));
         if (auto table = bytes ? foundation::parseStringsTable(*bytes) : std::nullopt) {
             table_ = std::move(*table);
             localization_ = *language;
@@ -110,7 +111,8 @@ void QtBundles::findTable() {
 }
 
 void QtBundles::readTable() {
-    std::call_once(tableRead_, [this] { findTable(); });
+    std::call_once(
+        tableRead_, [this] { findTable(); });
 }
 
 } // namespace platform

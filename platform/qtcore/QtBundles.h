@@ -2,9 +2,11 @@
 
 #include "platform/Bundles.h"
 
+#include <functional>
 #include <map>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace platform {
@@ -16,6 +18,9 @@ public:
     // The person's languages, best first. The main bundle is the one that the running program lies in, wherever that
     // was put, unless a path is given.
     explicit QtBundles(std::vector<std::string> preferredLanguages, std::string mainBundlePath = {});
+
+    // Texts in a language for which the condition does not hold count as missing. Before the first text is asked for.
+    void offerOnly(std::function<bool(const std::string& language)> condition) { canShow_ = std::move(condition); }
 
     std::string mainBundlePath() override { return mainBundlePath_; }
     std::optional<foundation::Value> objectForInfoDictionaryKey(const std::string& key) override;
@@ -34,6 +39,7 @@ private:
 
     const std::vector<std::string> preferredLanguages_;
     const std::string mainBundlePath_;
+    std::function<bool(const std::string& language)> canShow_;
     std::once_flag informationRead_;
     foundation::Value::Dictionary information_;
     std::once_flag tableRead_;

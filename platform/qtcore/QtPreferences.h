@@ -1,22 +1,21 @@
 #pragma once
 
 #include "platform/Preferences.h"
-#include "platform/Threads.h"
+#include "platform/qtcore/PreferencesFile.h"
 
-#include <chrono>
-#include <future>
 #include <map>
-#include <set>
 #include <string>
+#include <utility>
 
 namespace platform {
 
-// Settings in one INI file per domain, "<domain>.conf", readable by other Qt programs. Values come back as texts. A
+// Settings in one INI file per domain, "<domain>.conf", in the form of Qt programs. Values come back as texts. A file
+// is read when its domain is first asked for, and again when it is written. What else stands in it stays as it is. A
 // domain that could name a file outside the folder has no values and cannot be written.
-class QtPreferences : public Preferences {
+class QtPreferences final : public Preferences {
 public:
-    // The folder need not exist. `threads` must outlive this object; writing goes on a thread of its own.
-    QtPreferences(std::string folder, Threads& threads) : folder_(std::move(folder)), threads_(threads) {}
+    // The folder need not exist.
+    explicit QtPreferences(std::string folder) : folder_(std::move(folder)) {}
 
     // The folder where programs of this user keep their settings.
     static std::string userConfigurationFolder(const std::string& homeDirectory);
@@ -26,28 +25,24 @@ public:
     void setValue(const std::optional<foundation::Value>& value, const std::string& key,
                   const std::string& domain) override;
 
-    // A file that is no settings file is kept as "<domain>.conf.broken", or with a number after that, before it is
-    // replaced. On failure nothing has changed.
+    // Where a key had no value and another program has stored one since, that one stays. What cannot be written counts
+    // for this object alone.
     void synchronize(const std::string& domain) override;
 
-    // For the end of the program, when the main thread takes no more steps: writes what is still to be written, and
-    // waits for a write that is under way, but no longer than the limit.
-    void finishWriting(std::chrono::milliseconds limit);
-
 private:
-    using Changes = std::map<std::string, std::optional<std::string>>;
+    struct Domain {
+        // What the file held when it was last looked at.
+        std::string bytes;
+        // What is not in the file yet.
+        PreferencesFile::Changes changes;
+    };
 
-    void writeNext();
-    void written(const std::string& domain, const Changes& changes);
+    PreferencesFile fileOf(const std::string& domain) const;
+    // Null for a domain that cannot be.
+    Domain* read(const std::string& domain);
 
     const std::string folder_;
-    Threads& threads_;
-    // What is not on disk yet.
-    std::map<std::string, Changes> pending_;
-    // Domains whose turn to be written comes; one at a time, so that no older change overtakes a newer one.
-    std::set<std::string> due_;
-    bool writing_ = false;
-    std::future<void> lastWrite_;
+    std::map<std::string, Domain> domains_;
 };
 
 } // namespace platform

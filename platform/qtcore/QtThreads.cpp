@@ -1,11 +1,12 @@
 #include "platform/qtcore/QtThreads.h"
 
+#include "platform/posix/PosixRunLoop.h"
 #include "platform/qtcore/StepQueue.h"
 
 #include <QSocketNotifier>
 
-#include <chrono>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 namespace platform {
@@ -15,35 +16,23 @@ namespace platform {
 QtThreads::QtThreads()
     : queue_(std::make_unique<StepQueue>()),
       notifier_(std::make_unique<QSocketNotifier>(queue_->descriptor(), QSocketNotifier::Read)) {
-    QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(),
-                     [queue = queue_.get()] { queue->runNext(); });
-    starter_ = std::thread([this] { startThreads(); });
+    QObject::connect(
+        notifier_.get(), &QSocketNotifier::activated, notifier_.get(), [queue = queue_.get()] { queue->runNext(); });
 }
 
-QtThreads::~QtThreads() {
-    starts_.post([this] { ended_ = true; });
-    starter_.join();
-}
+QtThreads::~QtThreads() = default;
 
 void QtThreads::performOnMain(std::function<void()> step) {
     queue_->add(std::move(step));
 }
 
-void QtThreads::performInBackground(std::function<void()> step) {
-    const auto shared = std::make_shared<std::function<void()>>(std::move(step));
-    const auto run = [shared] { std::exchange(*shared, nullptr)(); };
-    starts_.post([this, run] {
-        try {
-            std::thread(run).detach();
-        } catch (const std::system_error&) {
-            performOnMain(run);
-        }
-    });
-}
-
-void QtThreads::startThreads() {
-    while (!ended_)
-        starts_.runOnce(std::chrono::hours(1));
+bool QtThreads::performInBackground(std::function<void()> step) {
+    try {
+        std::thread(std::move(step)).detach();
+        return true;
+    } catch (const std::system_error&) {
+        return false;
+    }
 }
 
 std::shared_ptr<RunLoop> QtThreads::makeRunLoop() {

@@ -1,11 +1,9 @@
 #pragma once
 
 #include "platform/Threads.h"
-#include "platform/posix/PosixRunLoop.h"
 
 #include <functional>
 #include <memory>
-#include <thread>
 
 class QSocketNotifier;
 
@@ -25,20 +23,13 @@ public:
     void performOnMain(std::function<void()> step) override;
 
     // Where the system has no thread left, the step runs on the main thread instead: late, but never lost.
-    void performInBackground(std::function<void()> step) override;
+    bool performInBackground(std::function<void()> step) override;
 
     std::shared_ptr<RunLoop> makeRunLoop() override;
 
 private:
-    void startThreads();
-
     std::unique_ptr<StepQueue> queue_;
     std::unique_ptr<QSocketNotifier> notifier_;
-    // While a library is being loaded, whoever starts a thread waits for that; so the main thread has it done by
-    // another.
-    PosixRunLoop starts_;
-    bool ended_ = false;
-    std::thread starter_;
 };
 
 } // namespace platform

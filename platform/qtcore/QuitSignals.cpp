@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 namespace platform {
+
 namespace {
 
 std::atomic<int> signalDescriptor = -1;
@@ -24,9 +25,8 @@ extern "C" void noteQuitSignal(int /*signal*/) {
 
 QuitSignals::QuitSignals(std::function<void()> requested) : requested_(std::move(requested)) {
     const int descriptor = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    if (descriptor < 0) {
+    if (descriptor < 0)
         throw std::system_error(errno, std::generic_category(), "eventfd");
-    }
     signalDescriptor = descriptor;
     notifier_ = std::make_unique<QSocketNotifier>(descriptor, QSocketNotifier::Read);
     QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(), [this, descriptor] {
@@ -40,16 +40,14 @@ QuitSignals::QuitSignals(std::function<void()> requested) : requested_(std::move
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         Previous previous{signal, {}};
         ::sigaction(signal, nullptr, &previous.action);
-        if (previous.action.sa_handler != SIG_IGN && ::sigaction(signal, &action, nullptr) == 0) {
+        if (previous.action.sa_handler != SIG_IGN && ::sigaction(signal, &action, nullptr) == 0)
             previous_.push_back(previous);
-        }
     }
 }
 
 QuitSignals::~QuitSignals() {
-    for (const Previous& previous : previous_) {
+    for (const Previous& previous : previous_)
         ::sigaction(previous.signal, &previous.action, nullptr);
-    }
     notifier_.reset();
     ::close(signalDescriptor.exchange(-1));
 }

@@ -10,9 +10,8 @@
 namespace platform {
 
 StepQueue::StepQueue() : descriptor_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
-    if (descriptor_ < 0) {
+    if (descriptor_ < 0)
         throw std::system_error(errno, std::generic_category(), "eventfd");
-    }
 }
 
 StepQueue::~StepQueue() {
@@ -22,18 +21,16 @@ StepQueue::~StepQueue() {
 void StepQueue::add(std::function<void()> step) {
     const std::lock_guard lock(mutex_);
     steps_.push_back(std::move(step));
-    if (steps_.size() == 1) {
+    if (steps_.size() == 1)
         ::eventfd_write(descriptor_, 1);
-    }
 }
 
 void StepQueue::runNext() {
     std::function<void()> step;
     {
         const std::lock_guard lock(mutex_);
-        if (steps_.empty()) {
+        if (steps_.empty())
             return;
-        }
         step = std::move(steps_.front());
         steps_.pop_front();
         if (steps_.empty()) {

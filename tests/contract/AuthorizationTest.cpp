@@ -40,9 +40,8 @@ TEST(Elevation, isChosenByWhatIsThereAndEndsTheHelpersOptions) {
         const Elevation elevation = platform::chooseElevation(rows[row].first);
         const auto command = platform::elevatedCommand(elevation, "/bin/rm", {"-rf", "--", "/x y"});
         std::string line = command.path;
-        for (const std::string& word : command.arguments) {
+        for (const std::string& word : command.arguments)
             line += '|' + word;
-        }
         EXPECT_EQ(line, rows[row].second) << "row " << row;
     }
 }
@@ -56,9 +55,8 @@ TEST(Elevation, environmentHoldsNothingThatChangesTools) {
     std::vector<std::string> expected{"PATH=/usr/sbin:/usr/bin:/sbin:/bin", "LC_ALL=C"};
     EXPECT_EQ(platform::elevatedEnvironment(Elevation::Direct), expected);
     for (const char* asking : {"DISPLAY=:5", "XDG_RUNTIME_DIR=/run/x", "DBUS_SESSION_BUS_ADDRESS=bus",
-                               "SUDO_ASKPASS=/ask", "TERM=vt100", "HOME=/home/zoe"}) {
+                               "SUDO_ASKPASS=/ask", "TERM=vt100", "HOME=/home/zoe"})
         expected.emplace_back(asking);
-    }
     EXPECT_EQ(platform::elevatedEnvironment(Elevation::Pkexec), expected);
 }
 
@@ -66,9 +64,8 @@ TEST(Elevation, environmentHoldsNothingThatChangesTools) {
 class Privileges : public ::testing::Test {
 protected:
     void SetUp() override {
-        if (::geteuid() != 0) {
+        if (::geteuid() != 0)
             GTEST_SKIP() << "needs to run as root";
-        }
         ASSERT_EQ(authorization.create(reference), Authorization::success);
     }
     bool execute(const std::string& tool, const std::vector<std::string>& arguments) {
@@ -93,9 +90,8 @@ TEST_F(Privileges, rawStatusesComeBack) {
 TEST_F(Privileges, onlyPlainAbsoluteToolsAreStarted) {
     using namespace std::string_literals;
     for (const std::string& tool :
-         {""s, "rm"s, "/no/such/tool"s, folder.write("plain", "x"), folder.path(), "/bin/rm\0x"s}) {
+         {""s, "rm"s, "/no/such/tool"s, folder.write("plain", "x"), folder.path(), "/bin/rm\0x"s})
         EXPECT_FALSE(execute(tool, {})) << tool;
-    }
     EXPECT_FALSE(execute("/bin/rm", {"-rf", folder.path("\0x"s)})) << "it would be cut to the folder";
     EXPECT_TRUE(std::filesystem::exists(folder.path()));
     class : public AuthorizationRef {
@@ -132,6 +128,14 @@ TEST_F(Privileges, toolsInheritNothing) {
     EXPECT_EQ(std::stoull(ignored, nullptr, 16) & (1ULL << (SIGPIPE - 1)), 0U);
 }
 
+TEST_F(Privileges, thePathsOfItsToolsAreInUseForAsLongAsItIsHeld) {
+    EXPECT_TRUE(execute("/bin/test", {"-e", "/some/path", "relative"}));
+    authorization.wait();
+    EXPECT_EQ(authorization.pathsInUse(), std::vector<std::string>{"/some/path"});
+    reference.reset();
+    EXPECT_TRUE(authorization.pathsInUse().empty());
+}
+
 TEST_F(Privileges, childrenOfOtherThreadsAreTheirOwn) {
     pid_t child = -1;
     std::string name = "/bin/true";
@@ -151,9 +155,9 @@ TEST_F(Privileges, theChildSignalIsSetBackExactly) {
     before.sa_flags = SA_RESTART | SA_NOCLDWAIT;
     struct sigaction original {};
     ::sigaction(SIGCHLD, &before, &original);
-    const auto restore = authorization.useDefaultChildSignal();
+    auto defaultSignal = authorization.useDefaultChildSignal();
     EXPECT_EQ(statusOf("exit 5"), 0x0500) << "it would vanish unseen otherwise";
-    restore();
+    defaultSignal.reset();
     struct sigaction after {};
     ::sigaction(SIGCHLD, &original, &after);
     EXPECT_EQ(after.sa_handler, SIG_IGN);

@@ -21,9 +21,8 @@ std::string plist(const std::string& content) {
 
 std::string repeated(const std::string& text, int count) {
     std::string result;
-    for (int i = 0; i < count; ++i) {
+    for (int i = 0; i < count; ++i)
         result += text;
-    }
     return result;
 }
 

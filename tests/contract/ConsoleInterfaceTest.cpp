@@ -10,8 +10,10 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <pty.h>
+#include <stdlib.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 namespace {
@@ -19,36 +21,50 @@ namespace {
 // The driver, with this test at the other end of its streams.
 class Session {
 public:
-    enum class Streams { Terminal, Socket };
+    enum class Streams {
+        Terminal,
+        BackgroundOfTerminal, // of another job, which lets no other one write
+        Socket                // standard error is a pipe that nobody reads
+    };
+    using Environment = std::vector<std::pair<const char*, const char*>>;
 
-    Session(const std::string& scene, Streams streams, unsigned short columns = 80) {
+    Session(const std::string& scene, Streams streams, unsigned short columns = 80,
+            const Environment& environment = {{"TERM", "xterm"}, {"LC_ALL", "C.UTF-8"}}) {
         std::array<int, 2> ends{-1, -1};
         EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
         struct winsize size {
             24, columns, 0, 0
         };
-        processId_ = streams == Streams::Terminal ? ::forkpty(&stream_, nullptr, nullptr, &size) : ::fork();
+        std::array<int, 2> errors{-1, -1};
+        EXPECT_EQ(::pipe2(errors.data(), O_CLOEXEC), 0);
+        processId_ = streams == Streams::Socket ? ::fork() : ::forkpty(&stream_, nullptr, nullptr, &size);
         if (processId_ == 0) {
+            for (const auto& [name, value] : environment)
+                ::setenv(name, value, 1);
+            if (streams == Streams::BackgroundOfTerminal)
+                continueInBackground();
             if (streams == Streams::Socket) {
                 ::dup2(ends[1], STDIN_FILENO);
                 ::dup2(ends[1], STDOUT_FILENO);
-                ::dup2(::open("/dev/null", O_WRONLY | O_CLOEXEC), STDERR_FILENO);
+                ::dup2(errors[1], STDERR_FILENO);
             }
             ::execl(CONSOLE_DRIVER, CONSOLE_DRIVER, scene.c_str(), nullptr);
             ::_exit(127);
         }
+        ::close(errors[1]);
+        unreadErrors_ = errors[0];
         ::close(ends[1]);
-        if (streams == Streams::Socket) {
+        if (streams == Streams::Socket)
             stream_ = ends[0];
-        } else {
+        else
             ::close(ends[0]);
-        }
     }
     ~Session() {
         if (processId_ > 0) {
             ::kill(processId_, SIGKILL);
             ::waitpid(processId_, nullptr, 0);
         }
+        ::close(unreadErrors_);
         closeStream();
     }
     Session(const Session&) = delete;
@@ -81,111 +97,193 @@ public:
     void type(const std::string& text) const {
         EXPECT_EQ(::write(stream_, text.data(), text.size()), static_cast<ssize_t>(text.size()));
     }
+    // Lets the scene go on.
+    void step() const { EXPECT_EQ(::kill(processId_, SIGUSR1), 0); }
     void closeStream() { ::close(std::exchange(stream_, -1)); }
 
 private:
+    // Returns in a job of its own. The first job keeps the terminal, and ends as the other one does.
+    static void continueInBackground() {
+        struct termios settings {};
+        ::tcgetattr(STDIN_FILENO, &settings);
+        settings.c_lflag |= TOSTOP;
+        ::tcsetattr(STDIN_FILENO, TCSANOW, &settings);
+        const pid_t job = ::fork();
+        if (job == 0) {
+            ::setpgid(0, 0);
+            return;
+        }
+        int status = -1;
+        ::waitpid(job, &status, WUNTRACED);
+        ::_exit(WIFEXITED(status) ? WEXITSTATUS(status) : 99);
+    }
+
     bool readSome() {
         struct pollfd readable {
             stream_, POLLIN, 0
         };
         if (::poll(&readable, 1, 20000) <= 0) {
             ADD_FAILURE() << "no output: " << unread_;
+            ::kill(processId_, SIGKILL); // so that nothing waits for its end
             return false;
         }
         std::array<char, 4096> buffer{};
         const ssize_t count = ::read(stream_, buffer.data(), buffer.size());
-        if (count > 0) {
+        if (count > 0)
             unread_.append(buffer.data(), static_cast<std::size_t>(count));
-        }
         return count > 0;
     }
 
     pid_t processId_ = -1;
     int stream_ = -1;
+    int unreadErrors_ = -1;
     std::string unread_;
 };
 
-// What a person sees in the end: carriage returns and backspaces move, other characters overwrite.
+// What a person sees in the end: carriage returns move, "ESC [ K" clears the rest of the line, other bytes overwrite.
 std::vector<std::string> screen(const std::string& output) {
     std::vector<std::string> lines{""};
     std::size_t column = 0;
-    for (const char c : output) {
-        if (c == '\n') {
+    for (std::size_t at = 0; at < output.size(); ++at) {
+        const char c = output[at];
+        if (output.compare(at, 3, "\x1b[K") == 0) {
+            lines.back().resize(std::min(lines.back().size(), column));
+            at += 2;
+        } else if (c == '\n') {
             lines.emplace_back();
             column = 0;
         } else if (c == '\r') {
             column = 0;
-        } else if (c == '\b') {
-            column -= column > 0 ? 1 : 0;
         } else {
             lines.back().resize(std::max(lines.back().size(), column + 1), ' ');
             lines.back()[column++] = c;
         }
     }
-    for (std::string& line : lines) {
+    for (std::string& line : lines)
         line.resize(line.find_last_not_of(' ') + 1);
-    }
     return lines;
 }
 
 // The lines without the date and process of log lines.
 std::vector<std::string> withoutBanners(std::vector<std::string> lines) {
-    for (std::string& line : lines) {
+    for (std::string& line : lines)
         line = std::regex_replace(line, std::regex(R"(^\d{4}-\S+ \S+ driver\[\d+:\d+\] )"), "log: ");
-    }
     return lines;
 }
 
 using Lines = std::vector<std::string>;
+using Streams = Session::Streams;
 
-TEST(ConsoleInterface, stagesAreLinesOfTheirOwn) {
-    Session terminal("stages", Session::Streams::Terminal);
+TEST(ConsoleInterfaceTest, stagesAreLinesOfTheirOwn) {
+    Session terminal("stages", Streams::Terminal);
     EXPECT_EQ(withoutBanners(screen(terminal.readToEnd())),
-              (Lines{"Downloading", "Installing\\x1b[2J", "Done", "log: logged", ""}));
-    Session socket("stages", Session::Streams::Socket);
-    EXPECT_EQ(socket.readToEnd(), "Downloading\nInstalling\\x1b[2J\nDone\n") << "no bar without a terminal";
+              (Lines{"Downloading", "Installing\\x1b[2J\\xc2\\x9b\\x9b", "It’s é…", "log: logged", ""}));
+    Session socket("stages", Streams::Socket);
+    EXPECT_EQ(socket.readToEnd(), "Downloading\nInstalling\\x1b[2J\\xc2\\x9b\\x9b\nIt’s é…\n")
+        << "no bar without a terminal";
 }
 
-TEST(ConsoleInterface, theBarStaysOnOneLine) {
-    Session session("progress", Session::Streams::Terminal, 40);
-    std::string output = session.readUntil(" 50%");
+TEST(ConsoleInterfaceTest, plainTerminalsGetLinesOfAscii) {
+    const Session::Environment environments[] = {{{"TERM", "dumb"}, {"LC_ALL", "C.UTF-8"}},
+                                                 {{"TERM", "xterm"}, {"LC_ALL", "C"}},
+                                                 {{"TERM", "xterm"}, {"LC_ALL", ""}, {"LC_CTYPE", "de_DE"}}};
+    for (const auto& environment : environments) {
+        Session stages("stages", Streams::Terminal, 80, environment);
+        const std::string output = stages.readToEnd();
+        EXPECT_EQ(withoutBanners(screen(output)),
+                  (Lines{"Downloading", "Installing\\x1b[2J\\xc2\\x9b\\x9b", "It's ?...", "log: logged", ""}));
+        EXPECT_EQ(std::count(output.begin(), output.end(), '\r'), std::count(output.begin(), output.end(), '\n'));
+        EXPECT_EQ(output.find('\x1b'), std::string::npos);
+
+        Session alert("alert", Streams::Terminal, 80, environment);
+        alert.readUntil("[2] Quit\r\n[1-2, Return = 1] > ");
+        alert.type("2\n");
+        alert.readUntil("code 1001\r\n");
+        alert.expectSuccess();
+    }
+}
+
+TEST(ConsoleInterfaceTest, theBarStaysOnOneLine) {
+    Session session("progress", Streams::Terminal, 40);
+    std::string output = session.readUntil("  0%");
+    session.step();
+    output += session.readUntil(" 50%");
     EXPECT_EQ(screen(output), Lines{"[################                ]  50%"});
     EXPECT_LE(std::count(output.begin(), output.end(), '\r'), 6) << "50,000 steps are not as many drawings";
+    session.step();
     output += session.readUntil("100%");
     EXPECT_EQ(withoutBanners(screen(output)), (Lines{"log: logged", "[################################] 100%"}));
+    session.step();
     output += session.readToEnd();
     EXPECT_EQ(withoutBanners(screen(output)), (Lines{"log: logged", "Installing", ""}));
 }
 
-TEST(ConsoleInterface, questionsAreAnsweredByNumber) {
-    Session session("alert", Session::Streams::Terminal);
-    std::string output = session.readUntil("the loop runs\r\n> ");
+TEST(ConsoleInterfaceTest, linesBreakBetweenWords) {
+    Session session("long alert", Streams::Terminal, 20);
+    const std::string output = session.readUntil("> ");
+    const std::string e = "e\u0301";
+    const std::string word = e + e + e + e;
+    EXPECT_EQ(screen(output), (Lines{"", "Make sure there is", "enough free space", "インターネット接続と",
+                                     "ディスクを確認。", word + ' ' + word + ' ' + word + ' ' + word, "end", "",
+                                     "[1] Continue with", "    the installation", "[2] Quit", "[1-2, Return = 1] >"}));
+    session.type("\n");
+    session.readUntil("code 1000\r\n");
+    session.expectSuccess();
+}
+
+TEST(ConsoleInterfaceTest, questionsAreAnsweredByNumber) {
+    Session session("alert", Streams::Terminal);
+    std::string output = session.readUntil("the loop runs\r\n[1-2, Return = 1] > ");
     EXPECT_EQ(withoutBanners(screen(output)),
               (Lines{"", "Title", "First line", "second \\x1b[31mline", "", "[1] Continue", "[2] Quit", "returned",
-                     "log: the loop runs", ">"}));
-    for (const char* wrong : {"", "0", "3", "1x", "-1", "99999999999999999999"}) {
-        session.type(std::string(wrong) + '\n');
-        EXPECT_EQ(session.readUntil("[2] Quit\r\n\r> "), std::string(wrong) + "\r\n[1] Continue\r\n[2] Quit\r\n\r> ");
+                     "log: the loop runs", "[1-2, Return = 1] >"}));
+    for (const std::string wrong : {"0", "3", "1x", "-1", "99999999999999999999"}) {
+        session.type(wrong + '\n');
+        EXPECT_EQ(screen(session.readUntil("= 1] > ")),
+                  (Lines{wrong, "[1] Continue", "[2] Quit", "[1-2, Return = 1] >"}));
     }
     session.type(" 2 \n");
     EXPECT_EQ(session.readToEnd(), " 2 \r\ncode 1001\r\n");
 }
 
-TEST(ConsoleInterface, whereNobodyAnswersTheProgramEnds) {
-    Session terminal("alert", Session::Streams::Terminal);
-    terminal.readUntil("the loop runs\r\n> ");
+TEST(ConsoleInterfaceTest, anAnswerCountsAsSoonAsTheQuestionStandsThere) {
+    Session session("huge alert", Streams::Terminal);
+    session.readUntil("Title");
+    session.type("2\n");
+    session.readUntil("code 1001");
+    session.readToEnd();
+}
+
+TEST(ConsoleInterfaceTest, whereNobodyAnswersTheProgramEnds) {
+    Session terminal("alert", Streams::Terminal);
+    terminal.readUntil("the loop runs\r\n[1-2, Return = 1] > ");
     terminal.type("\x04");
     terminal.readUntil("> 2\r\ncode 1001\r\n");
     terminal.expectSuccess();
 
-    Session socket("alert", Session::Streams::Socket);
+    Session socket("alert", Streams::Socket);
     socket.type("1\n");
     socket.readUntil("[2] Quit\nreturned\n> 2\ncode 1001\n");
     socket.expectSuccess();
+
+    // Reading there, forgetting what was typed, and here writing, too, would stop the process.
+    Session background("alert", Streams::BackgroundOfTerminal);
+    background.type("1\n");
+    background.readUntil("> 2\r\ncode 1001\r\n");
+    background.expectSuccess();
 }
 
-TEST(ConsoleInterface, questionsWaitForEachOther) {
-    Session session("two alerts", Session::Streams::Terminal);
+TEST(ConsoleInterfaceTest, anInterruptionLeavesNothingOnTheLine) {
+    Session session("alert", Streams::Terminal);
+    std::string output = session.readUntil("the loop runs\r\n[1-2, Return = 1] > ");
+    session.type("\x03");
+    output += session.readToEnd();
+    EXPECT_NE(output.find("^C"), std::string::npos);
+    EXPECT_EQ(withoutBanners(screen(output)).back(), "");
+}
+
+TEST(ConsoleInterfaceTest, questionsWaitForEachOther) {
+    Session session("two alerts", Streams::Terminal);
     for (const std::string title : {"One", "Two", "Three"}) {
         const std::string output = session.readUntil("> ");
         EXPECT_NE(output.find("\r\n" + title + "\r\n"), std::string::npos) << output;
@@ -196,8 +294,14 @@ TEST(ConsoleInterface, questionsWaitForEachOther) {
     session.expectSuccess();
 }
 
-TEST(ConsoleInterface, aClosedStreamIsNoReasonToDie) {
-    Session session("stages", Session::Streams::Socket);
+TEST(ConsoleInterfaceTest, aStreamThatNobodyReadsHoldsNobodyUp) {
+    Session session("noise", Streams::Socket);
+    session.readUntil("not held up\n");
+    session.expectSuccess();
+}
+
+TEST(ConsoleInterfaceTest, aClosedStreamIsNoReasonToDie) {
+    Session session("stages", Streams::Socket);
     session.closeStream();
     session.expectSuccess();
 }

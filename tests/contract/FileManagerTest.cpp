@@ -63,9 +63,8 @@ public:
 bool ask(const std::string& uri) {
     std::atomic<int> answer = -1;
     std::thread asking([&] { answer = showInFileManager(uri) ? 1 : 0; });
-    while (answer < 0) {
+    while (answer < 0)
         QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-    }
     asking.join();
     return answer == 1;
 }
@@ -76,9 +75,8 @@ TEST(FileManager, isAskedOverTheSessionBus) {
     const tests::TestEnvironment environment{{"DBUS_SESSION_BUS_ADDRESS", std::nullopt},
                                              {"XDG_RUNTIME_DIR", folder.path()}};
     EXPECT_FALSE(showInFileManager("file:///tmp")) << "without a bus";
-    if (::access("/usr/bin/dbus-daemon", X_OK) != 0) {
+    if (::access("/usr/bin/dbus-daemon", X_OK) != 0)
         GTEST_SKIP() << "needs dbus-daemon";
-    }
     const Bus bus(folder, usualPlace);
     EXPECT_FALSE(ask("file:///tmp/a")) << "without a file manager";
 

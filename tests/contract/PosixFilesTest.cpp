@@ -1,5 +1,7 @@
 // What the real file services promise beyond the usual: traits, odd items, large trees, and other volumes.
 
+#include "platform/posix/ForsakenFolders.h"
+#include "platform/posix/TreeRemoval.h"
 #include "platform/posix/UniqueRename.h"
 #include "tests/contract/FilesTest.h"
 
@@ -72,7 +74,7 @@ TEST_F(PosixFiles, SpecialFilesAreNeverOpenedAndFailTheCopy) {
     ASSERT_EQ(::mkfifo(at("tree/sub/fifo").c_str(), 0600), 0);
     EXPECT_EQ(copy("tree", "copy"), 256);
     EXPECT_EQ(copy("tree/sub/fifo", "new"), 256);
-    EXPECT_FALSE(fs::exists(at("new")));
+    EXPECT_FALSE(fs::exists(at("copy")) || fs::exists(at("new"))) << "a failed copy takes back what it made";
     EXPECT_TRUE(queries_.isReadableFile(at("tree/sub/fifo")));
     EXPECT_EQ(queries_.attributesOfItem(at("tree/sub/fifo"))->type, platform::FileType::Other);
     EXPECT_EQ(remove("tree"), 0);
@@ -177,6 +179,8 @@ TEST_F(PosixFiles, LeftoversAreTheFoldersThatWereMadeHere) {
     fs::rename(at("tmp/swapped"), at("tmp/moved"));
     folder_.write("tmp/swapped/file", "x");
 
+    EXPECT_TRUE(changes.removeLeftovers({at("tmp/a/mount/file"), at("out/x")}));
+    EXPECT_TRUE(fs::exists(at("tmp/a/mount/file"))) << "a tool of the administrator is at work there";
     EXPECT_TRUE(changes.removeLeftovers());
     EXPECT_FALSE(fs::exists(at("tmp/a")));
     EXPECT_FALSE(fs::exists(at("tmp/others/mine")));
@@ -196,4 +200,66 @@ TEST_F(PosixFiles, LeftoversGoAlthoughOthersAreAtWorkInThem) {
     copying.join();
     removing.join();
     EXPECT_FALSE(fs::exists(at("tmp/own")));
+}
+
+// What somebody else puts in the place of a half copy is his.
+TEST_F(PosixFiles, OnlyTheItemThatWasMadeIsTakenBack) {
+    addTree("tree");
+    const auto place = platform::ItemPlace::of(at("tree"), platform::FileAccess::Writing);
+    const auto made = platform::identityOf(place.status(platform::FileAccess::Writing));
+    ASSERT_EQ(move("tree", "aside"), 0);
+    addTree("tree");
+    const auto before = traitsBelow("tree");
+    platform::removeIfSame(place, made);
+    EXPECT_EQ(traitsBelow("tree"), before);
+    ASSERT_EQ(remove("tree"), 0);
+    ASSERT_EQ(move("aside", "tree"), 0);
+    platform::removeIfSame(place, made);
+    EXPECT_FALSE(fs::exists(at("tree")));
+}
+
+TEST_F(PosixFiles, AMovedItemIsRecognisedWhereverItIs) {
+    const auto other = fs::path("/dev/shm") / fs::path(at("x")).parent_path().filename();
+    const auto shell = [](const std::string& command) { return std::system(command.c_str()) == 0; };
+    if (!fs::is_directory("/dev/shm"))
+        GTEST_SKIP() << "needs a second volume";
+    addTree("Some.app");
+    addTree("there/Some.app");
+    const auto identity = [this](const std::string& path) { return queries_.identityOfItem(path).value(); };
+    const auto before = identity(at("Some.app"));
+    EXPECT_FALSE(isSameItem(before, identity(at("there/Some.app"))));
+    EXPECT_FALSE(queries_.identityOfItem(at("missing")));
+    fs::create_directory(other);
+    EXPECT_TRUE(shell("mv -f '" + at("Some.app") + "' '" + (other / "Some.app").string() + "'"));
+    EXPECT_TRUE(isSameItem(before, identity(other / "Some.app")));
+    EXPECT_TRUE(shell("mv -f '" + at("there/Some.app") + "' '" + (other / "Some.app").string() + "'"));
+    EXPECT_FALSE(isSameItem(before, identity(other / "Some.app"))) << "something was moved into it";
+    fs::remove_all(other);
+}
+
+// A run that was killed leaves its folders, but no process that keeps them.
+TEST_F(PosixFiles, FoldersOfKilledRunsAreFoundByTheirNameAndLock) {
+    const std::string unique = "01234567-89AB-4DEF-8123-456789ABCDEF-1234-00000000DEADBEE";
+    const std::string download = "tmp/700000000000.tolvix";
+    const std::string inUse = "tmp/" + unique + "1";
+    const std::string kept = "tmp/" + unique + "2";
+    const std::string mounted = "tmp/" + unique + "3";
+    for (const std::string& name :
+         {download, inUse, mounted, "tmp/" + unique, std::string("tmp/a.tolvix"), "out/" + unique + "4"})
+        folder_.write(name + "/product/file", "x");
+    ASSERT_EQ(::chmod(at(mounted + "/product").c_str(), 0), 0);
+    ASSERT_EQ(::chmod(at(mounted).c_str(), 01555), 0);
+    fs::create_directory_symlink(at("out/" + unique + "4"), at("tmp/" + unique + "5"));
+    ASSERT_EQ(create(kept), 0);
+    const auto clean = [this, &inUse](std::chrono::seconds youngest) {
+        platform::removeForsakenFolders(
+            at("tmp") + '/', [&](const std::string& path) { return path == at(inUse); }, youngest);
+    };
+    clean(std::chrono::seconds(100));
+    EXPECT_TRUE(fs::exists(at(download)));
+    clean(std::chrono::seconds(0));
+    EXPECT_FALSE(fs::exists(at(download)) || fs::exists(at(mounted)));
+    for (const std::string& name :
+         {inUse, kept, "tmp/" + unique, std::string("tmp/a.tolvix"), "tmp/" + unique + "5", "out/" + unique + "4"})
+        EXPECT_TRUE(fs::exists(at(name))) << name;
 }

@@ -9,6 +9,7 @@
 #include <set>
 #include <thread>
 
+#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -30,7 +31,7 @@ TEST(ProcessInfo, uniqueTextsNeverRepeat) {
     const std::regex unique(uuid + '-' + std::to_string(::getpid()) + "-[0-9A-F]{16}");
     std::set<std::string> seen;
     for (int count = 0; count < 1000; ++count) {
-        EXPECT_TRUE(std::regex_match(*seen.insert(info.makeUUID()).first, std::regex(uuid)));
+        EXPECT_TRUE(std::regex_match(*seen.insert(info.makeUUID().value()).first, std::regex(uuid)));
         EXPECT_TRUE(std::regex_match(*seen.insert(info.globallyUniqueString()).first, unique));
     }
     EXPECT_EQ(seen.size(), 2000U);
@@ -86,6 +87,40 @@ TEST_F(TemporaryFolder, isPrivate) {
     }
 }
 
+TEST_F(TemporaryFolder, isReachedByAPlainPathThatOthersCannotBend) {
+    for (const std::string& detour : {shared + "/.", shared + "/../tmp//", folder.path() + "/./tmp"}) {
+        const TestEnvironment other{{"TMPDIR", detour}};
+        EXPECT_EQ(choice(), usual) << detour;
+    }
+    std::filesystem::create_directories(shared + "/inner/own");
+    ASSERT_EQ(::chmod((shared + "/inner/own").c_str(), 0700), 0);
+    for (const mode_t bendable : {0777U, 0775U, 0707U}) {
+        ASSERT_EQ(::chmod((shared + "/inner").c_str(), bendable), 0);
+        for (const char* name : {"/inner", "/inner/own"}) {
+            const TestEnvironment other{{"TMPDIR", shared + name}};
+            const std::string chosen = choice();
+            EXPECT_FALSE(chosen.starts_with(shared)) << chosen;
+            std::error_code ignored;
+            std::filesystem::remove(chosen, ignored); // unless it is in use
+        }
+    }
+}
+
+TEST_F(TemporaryFolder, takesALibrarysFolderForSocketsAlongAtTheEnd) {
+    const std::string sockets = shared + "/runtime-" + ::getpwuid(::geteuid())->pw_name;
+    const TestEnvironment none{{"XDG_RUNTIME_DIR", std::nullopt}};
+    const auto isLeft = [&](bool wasThere) {
+        if (wasThere)
+            ::mkdir(sockets.c_str(), 0700);
+        LinuxProcessInfo info({}, "");
+        ::mkdir(sockets.c_str(), 0700);
+        info.removeEmptyTemporaryFolder();
+        return std::filesystem::exists(sockets);
+    };
+    EXPECT_FALSE(isLeft(false));
+    EXPECT_TRUE(isLeft(true)) << "it may be another program's";
+}
+
 TEST_F(TemporaryFolder, isFreshWhenTheUsualOneCannotBeTrusted) {
     LinuxProcessInfo info({}, "");
     EXPECT_EQ(info.temporaryDirectory(), usual + '/');
@@ -111,19 +146,16 @@ TEST(Console, messagesOfManyThreadsStayWhole) {
     std::vector<std::thread> threads(4);
     for (std::thread& thread : threads) {
         thread = std::thread([&] {
-            for (int i = 0; i < 200; ++i) {
+            for (int i = 0; i < 200; ++i)
                 console.log(body);
-            }
         });
     }
-    for (std::thread& thread : threads) {
+    for (std::thread& thread : threads)
         thread.join();
-    }
     std::istringstream lines(testing::internal::GetCapturedStderr());
     int whole = 0;
-    for (std::string line; std::getline(lines, line);) {
+    for (std::string line; std::getline(lines, line);)
         whole += line.find(" Tolvix Installer[") == 23 && line.ends_with("] " + body) ? 1 : 0;
-    }
     EXPECT_EQ(whole, 4 * 200);
 }
 

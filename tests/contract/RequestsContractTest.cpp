@@ -10,6 +10,14 @@ namespace Code = platform::URLErrorCode;
 using Ending = LoopbackServer::Ending;
 using namespace std::chrono_literals;
 
+// Packed by gzip: "packed", and the letter x 1,001 times.
+const std::string
+    packed("\037\213\010\000\000\000\000\000\002\003\053\110\114\316\116\115\001\000\020\264\366\041\006\000\000\000",
+           26);
+const std::string packedLetters("\037\213\010\000\000\000\000\000\002\003\253\250\030\005\243\140\024\014\173\000\000"
+                                "\007\020\216\305\351\003\000\000",
+                                29);
+
 using PostTest = TransfersTest;
 using FetchTest = TransfersTest;
 
@@ -31,6 +39,7 @@ TEST_F(PostTest, SendsTheRequestAsGiven) {
         EXPECT_EQ(request.head.find("Content-Type"), std::string::npos);
         EXPECT_EQ(request.head.find("Expect"), std::string::npos);
         EXPECT_EQ(request.head.find("Cookie"), std::string::npos);
+        EXPECT_EQ(request.head.find("Accept-Encoding"), std::string::npos);
     }
 }
 
@@ -49,17 +58,55 @@ TEST_F(PostTest, RedirectsKeepTheMethodOnlyWhenTheServerSaysSo) {
     }
 }
 
+TEST_F(PostTest, AnEndlessAnswerIsReadNoFurtherThanTheLimit) {
+    limits_.answerBytes = 1000;
+    LoopbackServer server;
+    server.answer("/log",
+                  {"HTTP/1.1 200 OK\r\nContent-Length: 1000000\r\n\r\n" + std::string(2000, 'x'), Ending::Silence});
+    const auto notes = post(server.url("/log"));
+    EXPECT_EQ(notes->text, "response data finish ");
+    EXPECT_EQ(notes->answer.size(), 1000U);
+}
+
 TEST_F(PostTest, IsNotSentAgainWhenNoAnswerComes) {
     LoopbackServer server;
+    server.answer("/first", {"HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n", Ending::Keep});
+    server.answer("/onward", {"HTTP/1.1 307 On\r\nContent-Length: 0\r\nLocation: /log\r\n\r\n", Ending::Keep});
     server.answer("/log", {""});
     EXPECT_EQ(post(server.url("/log"))->text, failure(Code::networkConnectionLost));
     EXPECT_EQ(server.requests().size(), 1U);
+    // Over a connection that is kept, and then closed by the server.
+    for (const auto* path : {"/log", "/onward"}) {
+        const auto before = server.requests().size();
+        EXPECT_EQ(post(server.url("/first"))->text, "response finish ");
+        EXPECT_EQ(post(server.url(path))->text, failure(Code::networkConnectionLost));
+        EXPECT_EQ(server.requests().size() - before, path[1] == 'l' ? 2U : 3U);
+    }
+}
+
+TEST_F(PostTest, FailsWhereTheSystemHasNoMeansForIt) {
+    class NoLoader final : public platform::transfers::Loader {
+        bool start() override { return false; }
+        void load(platform::transfers::WebRequest /*request*/,
+                  std::unique_ptr<platform::transfers::Sink> /*sink*/) override {}
+        void copy(std::unique_ptr<platform::transfers::FileCopy> /*copy*/) override {}
+    };
+    use(std::make_unique<platform::transfers::LoaderTransfers>(main_, limits_, std::make_shared<NoLoader>()));
+    EXPECT_EQ(post("http://127.0.0.1/")->text, failure(Code::unknown));
+    EXPECT_EQ(download("http://127.0.0.1/")->text, failure(Code::unknown));
+    EXPECT_EQ(download("file:///etc/hostname")->text, failure(Code::unknown));
+    EXPECT_EQ(fetch("http://127.0.0.1/"), std::nullopt);
+    EXPECT_EQ(filesInFolder(), "");
 }
 
 TEST_F(FetchTest, AnyStatusWillDoAndNoAnswerOrALongOneFails) {
     limits_.idleTimeout = 300ms;
     limits_.answerBytes = 1000;
+    limits_.headerBytes = 2000;
     LoopbackServer server;
+    std::string trailers;
+    for (int i = 0; i < 200; ++i)
+        trailers += "Trailer: more\r\n";
     const struct {
         LoopbackServer::Answer answer;
         std::optional<std::string> fetched;
@@ -68,8 +115,15 @@ TEST_F(FetchTest, AnyStatusWillDoAndNoAnswerOrALongOneFails) {
         {answerOf("200 OK", "{}"), "{}", "response data finish "},
         {answerOf("200 OK", ""), "", "response finish "},
         {answerOf("500 Oh", "page"), "page", "response data finish "},
+        {answerOf("200 OK", packed, "Content-Encoding: gzip\r\n"), "packed", "response data finish "},
+        {answerOf("200 OK", packedLetters, "Content-Encoding: gzip\r\n"), std::nullopt, "response data finish "},
+        {answerOf("200 OK", "not packed", "Content-Encoding: gzip\r\n"), std::nullopt, "response data finish "},
+        {answerOf("200 OK", "{}", "X: " + std::string(3000, 'x') + "\r\n"), std::nullopt, "response finish "},
+        {{"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n2\r\n{}\r\n0\r\n" + trailers + "\r\n"},
+         std::nullopt,
+         "response data finish "},
         {answerOf("200 OK", std::string(1000, 'x')), std::string(1000, 'x'), "response data finish "},
-        {answerOf("200 OK", std::string(1001, 'x')), std::nullopt, failure(Code::dataLengthExceedsMaximum)},
+        {answerOf("200 OK", std::string(9000, 'x')), std::nullopt, "response data finish "},
         {{"HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\n1"}, std::nullopt, failure(Code::networkConnectionLost)},
         {{"", Ending::Silence}, std::nullopt, failure(Code::timedOut)},
     };
@@ -77,10 +131,12 @@ TEST_F(FetchTest, AnyStatusWillDoAndNoAnswerOrALongOneFails) {
         SCOPED_TRACE(answer.bytes);
         server.answer("/query", answer);
         EXPECT_EQ(fetch(server.url("/query")), fetched);
+        EXPECT_NE(server.requests().back().head.find("\r\nAccept-Encoding: gzip\r\n"), std::string::npos);
         const auto text = post(server.url("/query"))->text;
         EXPECT_TRUE(text.ends_with(posted)) << text;
     }
     EXPECT_EQ(post("file:///etc/hostname")->text, failure(Code::unsupportedURL));
+    EXPECT_EQ(post("https:///127.0.0.1")->text, failure(Code::badURL));
     EXPECT_EQ(fetch("ftp://127.0.0.1/"), std::nullopt);
     EXPECT_EQ(fetch(""), std::nullopt);
 }

@@ -33,9 +33,8 @@ public:
         const std::filesystem::path file = path(name);
         std::filesystem::create_directories(file.parent_path());
         std::ofstream(file, std::ios::binary) << bytes;
-        if (executable) {
+        if (executable)
             std::filesystem::permissions(file, std::filesystem::perms(0755));
-        }
         return file;
     }
 
@@ -60,20 +59,18 @@ public:
         }
     }
     ~TestEnvironment() {
-        for (const auto& [name, value] : previous_) {
+        for (const auto& [name, value] : previous_)
             set(name, value);
-        }
     }
     TestEnvironment(const TestEnvironment&) = delete;
     TestEnvironment& operator=(const TestEnvironment&) = delete;
 
 private:
     static void set(const std::string& name, const std::optional<std::string>& value) {
-        if (value) {
+        if (value)
             ::setenv(name.c_str(), value->c_str(), 1);
-        } else {
+        else
             ::unsetenv(name.c_str());
-        }
     }
 
     std::map<std::string, std::optional<std::string>> previous_;

@@ -13,7 +13,8 @@ namespace {
 
 class TransferThreadTest : public TransfersTest {
 protected:
-    // Ends the process as main does, but nobody is left to remove the folder afterwards.
+    // Ends the process with the clean-up of all its libraries, as a lost display does. Nobody is left to remove the
+    // folder afterwards.
     [[noreturn]] void end() const {
         std::filesystem::remove_all(folder_.path());
         std::exit(7);
@@ -33,7 +34,8 @@ TEST_F(TransferThreadTest, StopsAtOnceWhateverRuns) {
     const auto begin = std::chrono::steady_clock::now();
     for (std::size_t i = 0; i < 100; ++i) {
         const auto notes = startDownload(download.url("/file"));
-        auto body = std::async(std::launch::async, [&] { return fetch(query.url("/query")); });
+        auto body = std::async(
+            std::launch::async, [&] { return fetch(query.url("/query")); });
         EXPECT_TRUE(main_.runUntil([&] { return notes->received == 4; }));
         while (query.requests().size() <= i)
             std::this_thread::yield();

@@ -1,31 +1,47 @@
 #pragma once
 
-#include "platform/curl/CurlTransfers.h"
-#include "platform/posix/PosixRunLoop.h"
+#include "platform/Threads.h"
+#include "platform/Transfers.h"
+#include "platform/transfers/LoaderTransfers.h"
 #include "tests/contract/TestFolder.h"
+#include "tests/contract/TransferNotes.h"
 #include "tests/support/LoopbackServer.h"
 
+#include <condition_variable>
+#include <deque>
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
+#include <mutex>
 #include <set>
 #include <string>
-#include <vector>
 
 namespace tests {
 
 // A main thread that runs what it was handed only when a test says so.
 class MainQueue final : public platform::Threads {
 public:
-    void performOnMain(std::function<void()> step) override { loop_.post(std::move(step)); }
-    void performInBackground(std::function<void()> step) override { background = std::move(step); }
+    void performOnMain(std::function<void()> step) override {
+        const std::lock_guard lock(mutex_);
+        steps_.push_back(std::move(step));
+        added_.notify_one();
+    }
+    bool performInBackground(std::function<void()> step) override {
+        background = std::move(step);
+        return true;
+    }
     std::shared_ptr<platform::RunLoop> makeRunLoop() override { return nullptr; }
 
     // Runs the steps as they come until the condition holds; false after a time that no test needs.
     bool runUntil(const std::function<bool()>& condition) {
         while (!condition()) {
-            if (!loop_.runOnce(std::chrono::seconds(60)))
+            std::unique_lock lock(mutex_);
+            if (!added_.wait_for(lock, std::chrono::seconds(60), [this] { return !steps_.empty(); }))
                 return false;
+            const auto step = std::move(steps_.front());
+            steps_.pop_front();
+            lock.unlock();
+            step();
         }
         return true;
     }
@@ -33,57 +49,20 @@ public:
     std::function<void()> background; // waits for the test
 
 private:
-    platform::PosixRunLoop loop_;
+    std::mutex mutex_;
+    std::condition_variable added_;
+    std::deque<std::function<void()>> steps_;
 };
 
-// What the notes say of a failure with that code.
-inline std::string failure(std::int64_t code) {
-    return "fail " + std::to_string(code) + ' ';
+// No proxies, and the system's certificates alone.
+inline TestEnvironment plainEnvironment() {
+    return {{"http_proxy", std::nullopt}, {"https_proxy", std::nullopt}, {"HTTPS_PROXY", std::nullopt},
+            {"all_proxy", std::nullopt},  {"ALL_PROXY", std::nullopt},   {"SSL_CERT_FILE", std::nullopt}};
 }
 
-// Notes the messages of a transfer: "response <length>" of a download, "response" of a request, "data" (once for
-// several in a row), "finish", "fail <code>".
-class TransferNotes final : public platform::DownloadDelegate, public platform::ConnectionDelegate {
-public:
-    void downloadDidReceiveResponse(std::int64_t expectedContentLength) override {
-        text += "response " + std::to_string(expectedContentLength) + ' ';
-    }
-    void downloadDidReceiveDataOfLength(std::uint64_t length) override {
-        noteData();
-        lengths.push_back(length);
-        received += length;
-    }
-    bool downloadShouldDecodeSourceDataOfMIMEType(const std::string& /*type*/) override {
-        ADD_FAILURE() << "nothing is ever unpacked";
-        return false;
-    }
-    void downloadDidFinish() override { end("finish "); }
-    void downloadDidFailWithError(const foundation::Error& failed) override {
-        error = failed;
-        end(failure(failed.code));
-    }
-    void connectionDidReceiveResponse() override { text += "response "; }
-    void connectionDidReceiveData(std::string_view data) override {
-        noteData();
-        answer += data;
-    }
-    void connectionDidFinishLoading() override { end("finish "); }
-    void connectionDidFailWithError(const foundation::Error& failed) override { downloadDidFailWithError(failed); }
-
-    std::string text;
-    std::vector<std::uint64_t> lengths;
-    std::uint64_t received = 0;
-    std::string answer;
-    foundation::Error error;
-    bool ended = false;
-
-private:
-    void noteData() { text += text.ends_with("data ") ? "" : "data "; }
-    void end(const std::string& message) {
-        text += message;
-        ended = true;
-    }
-};
+// The transfers that the test program is about.
+std::unique_ptr<platform::Transfers> makeTransfers(platform::Threads& threads,
+                                                   const platform::transfers::TransferLimits& limits);
 
 // The real transfers with a manual main thread and an empty folder.
 class TransfersTest : public testing::Test {
@@ -91,12 +70,13 @@ protected:
     void TearDown() override { EXPECT_EQ(main_.background, nullptr) << "transfers have a thread of their own"; }
 
     // The transfers, made at the first call with the limits set by then.
-    virtual platform::Transfers& transfers() {
+    platform::Transfers& transfers() {
         if (!transfers_)
-            transfers_ = std::make_unique<platform::CurlTransfers>(main_, limits_);
+            transfers_ = makeTransfers(main_, limits_);
         return *transfers_;
     }
     void forgetTransfers() { transfers_.reset(); }
+    void use(std::unique_ptr<platform::Transfers> transfers) { transfers_ = std::move(transfers); }
 
     // Begins a download to "file" in the folder.
     std::shared_ptr<TransferNotes> startDownload(const std::string& url) {
@@ -141,15 +121,13 @@ protected:
         return text;
     }
 
-    TestEnvironment environment_{{"http_proxy", std::nullopt},  {"https_proxy", std::nullopt},
-                                 {"HTTPS_PROXY", std::nullopt}, {"all_proxy", std::nullopt},
-                                 {"ALL_PROXY", std::nullopt},   {"SSL_CERT_FILE", std::nullopt}};
+    TestEnvironment environment_ = plainEnvironment();
     TestFolder folder_;
-    platform::TransferLimits limits_;
+    platform::transfers::TransferLimits limits_;
     MainQueue main_;
 
 private:
-    std::unique_ptr<platform::CurlTransfers> transfers_;
+    std::unique_ptr<platform::Transfers> transfers_;
 };
 
 } // namespace tests

@@ -7,9 +7,15 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <chrono>
 #include <csignal>
+#include <cstddef>
 #include <functional>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <thread>
 
 #include <sys/stat.h>
@@ -27,9 +33,8 @@ using tests::TestFolder;
 bool becomesTrue(const std::function<bool()>& condition) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
     while (!condition()) {
-        if (std::chrono::steady_clock::now() > end) {
+        if (std::chrono::steady_clock::now() > end)
             return false;
-        }
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     return true;
@@ -45,14 +50,12 @@ class Child {
 public:
     explicit Child(std::vector<std::string> command, const std::string& folder = "/") {
         std::vector<char*> arguments;
-        for (std::string& word : command) {
+        for (std::string& word : command)
             arguments.push_back(word.data());
-        }
         arguments.push_back(nullptr);
         processId_ = ::fork();
-        if (processId_ == 0) {
+        if (processId_ == 0)
             ::_exit(::chdir(folder.c_str()) == 0 ? ::execv(arguments[0], arguments.data()) : 127);
-        }
     }
     ~Child() {
         ::kill(processId_, SIGKILL);
@@ -73,11 +76,9 @@ protected:
         return find(processId, identifier).has_value();
     }
     std::optional<RunningApplication> find(int processId, const std::string& identifier = "example.app") {
-        for (const RunningApplication& application : workspace.runningApplications(identifier)) {
-            if (application.processId == processId) {
+        for (const RunningApplication& application : workspace.runningApplications(identifier))
+            if (application.processId == processId)
                 return application;
-            }
-        }
         return std::nullopt;
     }
     // A script of the bundle whose shell waits without any further process until it is killed; its path.
@@ -120,9 +121,8 @@ TEST_F(Workspace, findsProgramsAndScriptsOfTheBundle) {
     const Child relative({"./MacOS/script"}, app + "/Contents");
     const Child wrapped({addWaitingScript("wrapped", "#!/usr/bin/env sh")});
     const Child kept({addWaitingScript("kept", "#!" + folder.path("shell"))});
-    for (const Child* child : {&compiled, &script, &relative, &wrapped, &kept}) {
+    for (const Child* child : {&compiled, &script, &relative, &wrapped, &kept})
         EXPECT_TRUE(becomesTrue([&] { return isRunning(child->processId()); }));
-    }
     std::filesystem::remove(program);
     EXPECT_TRUE(isRunning(compiled.processId())) << "a deleted program still runs";
     std::filesystem::remove(folder.path("shell"));
@@ -140,9 +140,8 @@ TEST_F(Workspace, leavesOtherProgramsOut) {
     const Child ended({copyProgram("My App.app/Contents/MacOS/run"), "0"});
     EXPECT_TRUE(becomesTrue([&] { return isRunning(agent.processId(), "example.agent"); }));
     EXPECT_TRUE(becomesTrue([&] { return !isRunning(ended.processId()); })) << "ended, though nobody waited for it";
-    for (const Child* child : {&viewer, &agent, &broken}) {
+    for (const Child* child : {&viewer, &agent, &broken})
         EXPECT_FALSE(isRunning(child->processId()));
-    }
 }
 
 TEST_F(Workspace, asksProgramsToQuit) {
@@ -163,6 +162,32 @@ TEST_F(Workspace, asksProgramsToQuit) {
     workspace.terminate(*find(stubborn.processId()));
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(40)) << "or asking would spin";
     EXPECT_TRUE(isRunning(stubborn.processId()));
+}
+
+// Refuses process descriptors to the calling thread, as some containers do.
+void refuseProcessDescriptors() {
+    std::array<sock_filter, 4> program{sock_filter BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+                                       sock_filter BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_pidfd_open, 0, 1),
+                                       sock_filter BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EPERM),
+                                       sock_filter BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
+    const sock_fprog filter{program.size(), program.data()};
+    ASSERT_EQ(::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), 0);
+    if (::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) != 0)
+        GTEST_SKIP() << "no filters here";
+}
+
+TEST_F(Workspace, asksToQuitWithoutProcessDescriptors) {
+    const Child child({addWaitingScript("plain", "#!/bin/sh")});
+    ASSERT_TRUE(becomesTrue([&] { return isRunning(child.processId()); }));
+    std::thread([&] {
+        refuseProcessDescriptors();
+        auto other = find(child.processId()).value();
+        ++other.startTime;
+        workspace.terminate(other);
+        EXPECT_TRUE(isRunning(child.processId())) << "a later process with the same number";
+        workspace.terminate(find(child.processId()).value());
+    }).join();
+    EXPECT_TRUE(becomesTrue([&] { return !isRunning(child.processId()); }));
 }
 
 TEST_F(Workspace, launchesABundleOnce) {
@@ -238,6 +263,11 @@ TEST_F(Opener, standsInForAFileManager) {
     EXPECT_TRUE(workspace.selectFile(file, ""));
     EXPECT_EQ(opened(), "1|" + folder.path("some folder") + '|');
 
+    for (const char* ending : {"exit 3", "kill -9 $$", "exec sleep 30 >/dev/null 2>&1"}) {
+        folder.write("bin/xdg-open", std::string("#!/bin/sh\n") + ending + '\n', true);
+        EXPECT_FALSE(workspace.selectFile(file, "")) << ending;
+    }
+
     shown.clear();
     EXPECT_FALSE(workspace.selectFile(folder.path("missing"), ""));
     EXPECT_FALSE(workspace.selectFile("relative", ""));
@@ -249,9 +279,8 @@ TEST_F(Workspace, destroysOnlyWhatIsNamedAndThere) {
     folder.write("place/tree/deep/file", "");
     folder.write("outside", "");
     std::filesystem::create_symlink(folder.path("outside"), folder.path("place/link"));
-    for (const char* name : {"", ".", "..", "tree/deep", "../outside"}) {
+    for (const char* name : {"", ".", "..", "tree/deep", "../outside"})
         EXPECT_FALSE(workspace.destroyFiles(folder.path("place"), {"file", name})) << name;
-    }
     EXPECT_TRUE(std::filesystem::exists(folder.path("place/file"))) << "nothing is touched when a name is wrong";
     EXPECT_FALSE(workspace.destroyFiles("", {"file"}));
     EXPECT_FALSE(workspace.destroyFiles(folder.path("place"), {"missing", "file"}));

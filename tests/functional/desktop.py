@@ -54,6 +54,10 @@ class Desktop(VirtualDisplay):
         wait_until(lambda: len(self.windows(process)) == count, f"{count} windows")
         return self.windows(process)
 
+    def height(self, window: str) -> int:
+        """Of the window's content, in pixels."""
+        return int(dict(line.split("=") for line in self._ask("getwindowgeometry", "--shell", window).split())["HEIGHT"])
+
     def press(self, window: str, key: str) -> None:
         """Presses the key in the window, once that has the keyboard."""
         self._ask("windowactivate", "--sync", window)

@@ -2,7 +2,7 @@
 import os
 from pathlib import Path
 
-from tests.functional.installer_case import (CHECKED, DOWNLOADED, IDENTIFIER, STARTED, InstallerCase, make_image,
+from tests.functional.installer_case import (CHECKED, DOWNLOADED, IDENTIFIER, INSTALLED, STARTED, InstallerCase, make_image,
                                              make_sample_product, sample_image)
 from tests.tools.trees import tree
 
@@ -39,16 +39,30 @@ class CheckFailures(InstallerCase):
         self.services.binaries.refuse_connections()
         self.expect_check_failure(r"with error: \(null\)")
 
-    def test_missing_library_for_transfers(self):
-        (self.trial.installer / "Contents" / "PlugIns" / "Transfers.so").unlink()
-        self.expect_check_failure(r"No web transfers: .*Transfers.so")
-
     def test_text_of_the_service_cannot_drive_the_terminal(self):
         self.services.binaries.body = b'{"code": 5, "message": "red \\u001b[31m\\nsecond line"}'
         self.show_events()
         run = self.trial.run()
         self.assertNotIn("\x1b", run.stderr)
         self.assertRegex(run.stderr, r"Domain=red \\x1b\[31m\\nsecond line Code=5")
+
+
+    def test_large_answers_make_short_lines(self):
+        for content in (b'"a":' + b"[" * 500 + b"]" * 500, b'"a":"' + b"x" * 200_000 + b'"',
+                        b'"message":"' + b"x" * 200_000 + b'"'):
+            with self.subTest(content[:8]):
+                self.services.binaries.body = b'{"code":404,' + content + b"}"
+                run = self.expect_run(self.steps, console="Check did fail with error: .*…")
+                line = next(line for line in run.stderr.splitlines() if "Check did fail" in line)
+                self.assertLess(len(line), 5000)
+
+
+class LogFailures(InstallerCase):
+    def test_log_host_that_makes_no_address_holds_nothing(self):
+        self.trial.set_information(TXInstallerLogHost="no host")
+        run = self.expect_run(INSTALLED, "--auto-start", "NO")
+        self.assertEqual(run.stderr.count("Request did fail with error: Error Domain=NSURLErrorDomain Code=-1000"),
+                         len(INSTALLED))
 
 
 class DownloadFailures(InstallerCase):
@@ -89,6 +103,10 @@ class DownloadFailures(InstallerCase):
         self.image.write_bytes(bytes(200_000))
         self.use_small_disk("64k")
         self.expect_download_failure("Download did fail with error: .*Code=-3003")
+
+    def test_private_folder_that_cannot_be_made(self):
+        self.use_small_disk("64k,nr_inodes=1")
+        self.expect_download_failure("Download did fail with error: .*No space left on device")
 
 
 class InstallFailures(InstallerCase):

@@ -43,10 +43,12 @@ def mode_of(path):
     return stat.S_IMODE(os.lstat(path).st_mode)
 
 
-def write_plain_volume(folder, path, rename=None):
-    """A volume without a wrapping; `rename` gives names in it that no folder could hold."""
+def write_plain_volume(folder, path, rename=None, targets=None):
+    """A volume without a wrapping; `rename` gives names in it that no folder could hold, `targets` gives links such."""
     entries = scan(str(folder), "Plain")
     for entry in entries:
+        entry.target = (targets or {}).get(entry.name.decode("utf-16-be"), entry.target)
+        entry.size = len(entry.target) if entry.is_link else entry.size
         entry.name = (rename or {}).get(entry.name.decode("utf-16-be"), entry.name)
     with open(path, "wb") as file:
         for block in Volume(entries).stream():
@@ -121,7 +123,8 @@ class AttachTest(HelperTest):
         (folder / "long" / ("n" * 255)).mkdir(parents=True)
         for number, target in enumerate(("/Applications", "/a/", "/" + "x" * 900, "/proc/self/cwd/x",
                                          "../../etc/passwd", "..", ".", "self", "a/../b", "missing", "new\nline",
-                                         "caf\u00e9")):
+                                         "caf\u00e9", "/", "//", "/usr//lib", "/usr/./lib", "a//b", "./a/", "/../x",
+                                         "/a/../../b", "../" * 300 + "x", "y/" * 2000)):
             (folder / f"link{number}").symlink_to(target)
         (folder / "self").symlink_to("self")
         # More than one chunk, with text, noise and zeros.
@@ -169,11 +172,11 @@ class AttachTest(HelperTest):
         self.assert_attach_refused(self.folder / "hard.dmg", "hard links")
         shutil.rmtree(self.content())
 
-        for name, target, reason in (("root", "/", "files that cannot be read"),
-                                     ("up", "/../x", "a link whose target")):
-            (self.content() / name).symlink_to(target)
-            self.assert_attach_refused(self.image(f"{name}.dmg"), reason)
-            (self.content() / name).unlink()
+        (self.content() / "link").symlink_to("placeholder")
+        for target, reason in ((b"", "a link without a target"), (b"x/" * 2500, "too long"),
+                               (b"before\0behind", "a link whose target")):
+            write_plain_volume(self.content(), self.folder / "link.dmg", targets={"link": target})
+            self.assert_attach_refused(self.folder / "link.dmg", reason)
 
     def test_the_bookkeeping_of_a_plain_volume_stays_out(self):
         for name in (".journal", ".journal_info_block"):

@@ -86,7 +86,6 @@ class Quitting(InstallerCase):
         process.send_signal(signal.SIGINT)
         self.read_until(terminal, "[2] Quit")
         self.assertTrue(self.services.log.wait_for_step("23.32", 60))
-        os.write(terminal, b"1\n")
         self.assertEqual(process.wait(30), 0)
 
     def test_quitting_while_the_image_is_attached_leaves_nothing(self):

@@ -1,11 +1,14 @@
 """The window as a person meets it: real keys on a real display, from the first stage to the last alert."""
 import os
 import subprocess
+import time
 import unittest
 
 from tests.functional.desktop import Desktop, missing_tools, wait_until
 from tests.functional.installer_case import CHECKED, INSTALLED, STARTED, InstallerCase
 
+# Longer than an alert in a window that has just become active takes no answer, in seconds.
+ANSWERED_AFTER = 1.0
 BROWSER = """#!/bin/sh
 printf '%s\\n' "$@" >>"$HOME/opened"
 """
@@ -61,30 +64,51 @@ class WindowOnDesktop(InstallerCase):
         self.assertIsNone(process.poll())
 
     def test_quitting_while_busy_asks(self):
-        rows = {"Ctrl+Q": lambda window: self.desktop.press(window, "ctrl+q"), "close button": self.desktop.close}
+        rows = {"Ctrl+Q": lambda window: self.desktop.press(window, "ctrl+q"),
+                "Ctrl+W": lambda window: self.desktop.press(window, "ctrl+w"), "close button": self.desktop.close}
         process, window = self.start_busy()
+        without = self.desktop.height(window)
         for name, quit_by in rows.items():
             for answer in ("Return", "Escape"):
                 with self.subTest(name, answer=answer):
                     quit_by(window)
-                    self.desktop.press(self.sheet_beside(process, window), answer)
-                    self.desktop.wait_for_windows(process.pid, 1)
+                    self.wait_for_sheet(window, without)
+                    self.desktop.press(window, answer)
+                    wait_until(lambda: self.desktop.height(window) == without, "the sheet's end")
                     self.assertIsNone(process.poll())
         self.desktop.press(window, "ctrl+q")
-        sheet = self.sheet_beside(process, window)
-        self.desktop.press(sheet, "Tab")
-        self.desktop.press(sheet, "space")
+        self.wait_for_sheet(window, without)
+        self.desktop.press(window, "Tab")
+        self.desktop.press(window, "space")
         self.expect_end(process, CHECKED)
 
-    def sheet_beside(self, process, window):
-        return next(one for one in self.desktop.wait_for_windows(process.pid, 2) if one != window)
+    def wait_for_sheet(self, window, without):
+        """The window has grown from its height without a sheet, and been there long enough to take an answer."""
+        wait_until(lambda: self.desktop.height(window) > without, "the sheet")
+        time.sleep(ANSWERED_AFTER)
+
+    def answer_alert(self, process, key):
+        """Presses the key once the alert that the program begins with takes it."""
+        window = self.desktop.wait_for_windows(process.pid, 1)[0]
+        self.desktop.press(window, "shift")
+        time.sleep(ANSWERED_AFTER)
+        self.desktop.press(window, key)
 
     def test_failed_check_can_only_be_left(self):
         self.services.binaries.body = "not-json"
         process = self.start()
-        windows = self.desktop.wait_for_windows(process.pid, 2)
-        self.desktop.press(windows[-1], "Return")
+        self.assertTrue(self.services.log.wait_for_step("23.13", 30))
+        self.answer_alert(process, "Return")
         self.expect_end(process, [*STARTED, "23.13"])
+
+    def test_leaves_the_screen_while_events_are_on_their_way(self):
+        self.services.image.faults.status = 404
+        process = self.start()
+        self.assertTrue(self.services.log.wait_for_step("23.23", 30))
+        self.services.log.faults.hang = True
+        self.answer_alert(process, "Escape")
+        self.desktop.wait_for_windows(process.pid, 0)
+        self.assertIsNone(process.poll())
 
     def test_failed_download_offers_the_address(self):
         self.services.image.faults.status = 404
@@ -92,8 +116,8 @@ class WindowOnDesktop(InstallerCase):
             with self.subTest(key):
                 self.services.log.events.clear()
                 process = self.start()
-                windows = self.desktop.wait_for_windows(process.pid, 2)
-                self.desktop.press(windows[-1], key)
+                self.assertTrue(self.services.log.wait_for_step("23.23", 30))
+                self.answer_alert(process, key)
                 self.expect_end(process, [*CHECKED, "23.23", step])
                 if opened:
                     wait_until(self.opened, "the browser")

@@ -3,10 +3,11 @@
 #include "platform/Application.h"
 #include "tests/support/FakeThreads.h"
 
+#include <utility>
 #include <vector>
 
 // An application that quits as a real one does: it asks its delegate later, and a request that comes while the delegate
-// ponders waits for the answer.
+// ponders is dropped.
 class FakeApplication final : public platform::Application {
 public:
     explicit FakeApplication(FakeThreads& threads) : threads_(threads) {}
@@ -18,11 +19,9 @@ public:
 
     void replyToApplicationShouldTerminate(bool shouldTerminate) override {
         replies.push_back(shouldTerminate);
-        pondering_ = false;
-        ended = ended || shouldTerminate;
-        if (!ended && waiting_)
-            threads_.performOnMain([this] { askDelegate(); });
-        waiting_ = false;
+        // An answer to a question that nobody asked changes nothing.
+        if (std::exchange(pondering_, false))
+            ended = ended || shouldTerminate;
     }
 
     platform::ApplicationDelegate* delegate = nullptr;
@@ -32,18 +31,16 @@ public:
 
 private:
     void askDelegate() {
-        if (ended)
+        if (ended || pondering_)
             return;
-        if (pondering_) {
-            waiting_ = true;
-            return;
-        }
+        pondering_ = true; // the delegate may reply within its answer
         const auto reply = delegate == nullptr ? platform::TerminateReply::Now : delegate->applicationShouldTerminate();
+        if (reply == platform::TerminateReply::Later)
+            return;
+        pondering_ = false;
         ended = reply == platform::TerminateReply::Now;
-        pondering_ = reply == platform::TerminateReply::Later;
     }
 
     FakeThreads& threads_;
     bool pondering_ = false;
-    bool waiting_ = false;
 };

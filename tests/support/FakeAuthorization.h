@@ -4,6 +4,7 @@
 #include "tests/support/FakeFiles.h"
 
 #include <map>
+#include <new>
 
 // Administrator rights over the files in memory. Tools that end well do their work; commands are counted from 1.
 class FakeAuthorization final : public platform::Authorization {
@@ -29,12 +30,16 @@ public:
             commands.back() += " " + argument;
         if (static_cast<int>(commands.size()) == unstartable)
             return false;
+        if (static_cast<int>(commands.size()) == unthinkable)
+            throw std::bad_alloc();
         if (result() != 0)
             return true;
         if (tool == "/bin/rm")
             files_.removeTree(arguments.at(1));
         if (tool == "/bin/mv")
             files_.moveTree(arguments.at(1), arguments.at(2));
+        if (observer)
+            observer(commands.back());
         return true;
     }
 
@@ -43,17 +48,19 @@ public:
         return result();
     }
 
-    std::function<void()> useDefaultChildSignal() override {
+    std::shared_ptr<void> useDefaultChildSignal() override {
         events.emplace_back("default");
-        return [this] { events.emplace_back("restore"); };
+        return {nullptr, [this](void*) { events.emplace_back("restore"); }};
     }
 
     bool isHeld() const { return !held_.expired(); }
 
-    int denials = 0;                               // how many requests are denied first
-    std::int32_t status = success;                 // the answer after them
-    std::map<int, std::optional<int>> waitResults; // by command; the others end with 0
-    int unstartable = 0;                           // the command that cannot be started
+    int denials = 0;                                          // how many requests are denied first
+    std::int32_t status = success;                            // the answer after them
+    std::map<int, std::optional<int>> waitResults;            // by command; the others end with 0
+    int unstartable = 0;                                      // the command that cannot be started
+    int unthinkable = 0;                                      // the command that throws
+    std::function<void(const std::string& command)> observer; // sees each command that has done its work
     int requests = 0;
     std::vector<std::string> commands; // tool and arguments with blanks between
     std::vector<std::string> events;   // "default", "run", "wait" and "restore", in order

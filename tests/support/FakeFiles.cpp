@@ -13,12 +13,16 @@ FakeFiles::Item& FakeFiles::addFolder(const std::string& path) {
         addFolder(path::deletingLastPathComponent(path));
     Item& item = items_[path];
     item.type = FileType::Directory;
+    if (item.number == 0)
+        item.number = ++lastNumber_;
     return item;
 }
 
 FakeFiles::Item& FakeFiles::add(const std::string& path, const Item& item) {
     addFolder(path::deletingLastPathComponent(path));
-    return items_[path] = item;
+    Item& added = items_[path] = item;
+    added.number = ++lastNumber_;
+    return added;
 }
 
 FakeFiles::Item* FakeFiles::item(const std::string& path) {
@@ -39,12 +43,17 @@ bool FakeFiles::folderTakesChanges(const std::string& path) {
 void FakeFiles::copyTree(const std::string& from, const std::string& to) {
     const auto names = entriesBelow(from);
     items_[to] = items_.at(from);
+    items_[to].number = ++lastNumber_;
     for (const std::string& name : names)
         items_[to + "/" + name] = items_.at(from + "/" + name);
 }
 
 void FakeFiles::moveTree(const std::string& from, const std::string& to) {
-    copyTree(from, to);
+    const std::uint64_t number = items_.at(from).number;
+    // What is moved into a folder keeps its name there.
+    const std::string place = has(to) ? path::appendingPathComponent(to, path::lastPathComponent(from)) : to;
+    copyTree(from, place);
+    items_.at(place).number = number;
     removeTree(from);
 }
 
@@ -64,25 +73,28 @@ std::optional<std::vector<std::string>> FakeFiles::contentsOfDirectory(const std
     if (folder == nullptr || folder->type != FileType::Directory || !folder->readable)
         return std::nullopt;
     std::vector<std::string> names;
-    for (const std::string& name : entriesBelow(path)) {
+    for (const std::string& name : entriesBelow(path))
         if (name.find('/') == std::string::npos)
             names.insert(names.begin(), name); // nobody may rely on an order
-    }
     return names;
 }
 
 std::vector<std::string> FakeFiles::entriesBelow(const std::string& path) {
     std::vector<std::string> names;
     const std::string prefix = path + "/";
-    for (auto at = items_.upper_bound(prefix); at != items_.end() && at->first.rfind(prefix, 0) == 0; ++at) {
+    for (auto at = items_.upper_bound(prefix); at != items_.end() && at->first.rfind(prefix, 0) == 0; ++at)
         names.push_back(at->first.substr(prefix.size()));
-    }
     return names;
 }
 
 std::optional<platform::FileAttributes> FakeFiles::attributesOfItem(const std::string& path) {
     const Item* found = item(path);
     return found == nullptr ? std::nullopt : std::optional(platform::FileAttributes{found->type});
+}
+
+std::optional<platform::ItemIdentity> FakeFiles::identityOfItem(const std::string& path) {
+    const Item* found = item(path);
+    return found == nullptr ? std::nullopt : std::optional(platform::ItemIdentity{1, found->number, found->type, 0, 0});
 }
 
 std::optional<platform::FileOwner> FakeFiles::ownerOfItem(const std::string& path) {
@@ -102,7 +114,10 @@ bool FakeFiles::createDirectory(const std::string& path, ErrorOut error) {
     if (!succeeds(Operation::Create, path, error))
         return false;
     if (const Item* there = item(path)) {
-        return there->type == FileType::Directory && there->owner.userId == thisUser.userId;
+        const bool ours = there->type == FileType::Directory && there->owner.userId == thisUser.userId;
+        if (!ours && error != nullptr)
+            *error = foundation::Error::withDescription("Files", 516, "taken " + path);
+        return ours;
     }
     std::string above = path::deletingLastPathComponent(path);
     while (!has(above))
@@ -116,11 +131,8 @@ bool FakeFiles::createDirectory(const std::string& path, ErrorOut error) {
 bool FakeFiles::copyItem(const std::string& from, const std::string& to, ErrorOut error) {
     changes.push_back("copy " + from + " " + to);
     const bool possible = has(from) && isVacant(to);
-    if (!succeeds(Operation::Copy, from, error)) {
-        if (possible)
-            items_[to] = items_.at(from); // the beginning is left behind
+    if (!succeeds(Operation::Copy, from, error))
         return false;
-    }
     if (possible)
         copyTree(from, to);
     return possible;
@@ -145,10 +157,9 @@ bool FakeFiles::removeItem(const std::string& path, ErrorOut error) {
 bool FakeFiles::removePrivateFolder(const std::string& path) {
     changes.push_back("removePrivateFolder " + path);
     const std::string closed = path + "/";
-    for (const char* odd : {"//", "/./", "/../"}) {
+    for (const char* odd : {"//", "/./", "/../"})
         if (closed.front() != '/' || closed.find(odd) != std::string::npos)
             return false;
-    }
     const auto holds = [&](const std::string& folder) { return (folder + "/").rfind(closed, 0) == 0; };
     if (std::any_of(sharedFolders.begin(), sharedFolders.end(), holds))
         return false;

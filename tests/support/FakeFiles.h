@@ -20,6 +20,7 @@ public:
         bool writable = true;
         platform::FileOwner owner = thisUser;
         std::set<std::string> attributes = {};
+        std::uint64_t number = 0; // what an item keeps when it is moved
     };
 
     // Adds an item, and the folders above it where they are missing.
@@ -45,6 +46,7 @@ public:
     std::vector<std::string> entriesBelow(const std::string& path) override;
     std::optional<platform::FileAttributes> attributesOfItem(const std::string& path) override;
     std::optional<platform::FileOwner> ownerOfItem(const std::string& path) override;
+    std::optional<platform::ItemIdentity> identityOfItem(const std::string& path) override;
 
     bool createDirectory(const std::string& path, ErrorOut error = nullptr) override;
     bool copyItem(const std::string& from, const std::string& to, ErrorOut error = nullptr) override;
@@ -72,6 +74,7 @@ private:
     bool folderTakesChanges(const std::string& path);
     bool isVacant(const std::string& path) { return !has(path) && folderTakesChanges(path); }
 
+    std::uint64_t lastNumber_ = 0;
     std::map<std::string, Item> items_{{"/", {platform::FileType::Directory}}};
     std::set<std::pair<Operation, std::string>> failures_;
 };

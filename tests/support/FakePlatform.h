@@ -17,9 +17,9 @@
 class FakePlatform {
 public:
     FakePlatform() {
-        platform::current() = {&threads,     &tasks,     &files,         &files,       &transfers,
-                               &diskImages,  &workspace, &authorization, &bundles,     &preferences,
-                               &processInfo, &locale,    &console,       &application, &alerts};
+        platform::current() = {&threads,   &tasks,         &files,   &files,         &transfers,   &diskImages,
+                               &workspace, &authorization, &bundles, &preferences,   &processInfo, &locale,
+                               &console,   &application,   &alerts,  &singleInstance};
         for (const char* folder : {"/tmp/me", "/Users/me", "/Applications"}) {
             files.addFolder(folder);
             files.sharedFolders.insert(folder);
@@ -43,6 +43,7 @@ public:
     FakeConsole console;
     FakeApplication application{threads};
     FakeAlerts alerts;
+    FakeSingleInstance singleInstance;
 
 private:
     platform::Platform previous_ = platform::current();

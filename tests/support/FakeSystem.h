@@ -2,6 +2,7 @@
 
 #include "platform/DiskImages.h"
 #include "platform/ProcessInfo.h"
+#include "platform/SingleInstance.h"
 
 // Surroundings that never change, and names that can be foretold.
 class FakeProcessInfo final : public platform::ProcessInfo {
@@ -9,13 +10,18 @@ public:
     std::vector<std::string> arguments() override { return commandLine; }
     platform::OperatingSystemVersion operatingSystemVersion() override { return {10, 9, 0}; }
     std::string globallyUniqueString() override { return "UNIQUE"; }
-    std::string makeUUID() override { return "00000000-0000-4000-8000-00000000000" + std::to_string(++uuids_); }
+    std::optional<std::string> makeUUID() override {
+        if (!hasRandomNumbers)
+            return std::nullopt;
+        return "00000000-0000-4000-8000-00000000000" + std::to_string(++uuids_);
+    }
     std::string temporaryDirectory() override { return "/tmp/me/"; }
     std::string homeDirectory() override { return "/Users/me"; }
     std::string systemPath(const std::string& path) override { return path; }
     double secondsSinceReferenceDate() override { return 400000000.1234; }
 
     std::vector<std::string> commandLine{"/Downloads/Tolvix Installer.app/Contents/MacOS/TolvixInstaller"};
+    bool hasRandomNumbers = true;
 
 private:
     int uuids_ = 0;
@@ -35,6 +41,20 @@ public:
     void log(const std::string& message) override { messages.push_back(message); }
 
     std::vector<std::string> messages;
+};
+
+// Lets one installer in; a test plays the others.
+class FakeSingleInstance final : public platform::SingleInstance {
+public:
+    bool claim(const std::string& folder, std::function<void()> activated) override {
+        claimed.push_back(folder);
+        another = std::move(activated);
+        return isFree;
+    }
+
+    bool isFree = true;
+    std::vector<std::string> claimed;
+    std::function<void()> another; // what happens when another one comes
 };
 
 class FakeDiskImages final : public platform::DiskImages {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Tasks.h"
+#include "tests/support/FakeRunLoop.h"
 
 #include <map>
 
@@ -16,7 +17,7 @@ public:
 
     void readToEndInBackground(std::shared_ptr<platform::RunLoop> loop,
                                std::function<void(std::string)> done) override {
-        loop_ = std::move(loop);
+        loop_ = std::static_pointer_cast<FakeRunLoop>(loop);
         done_ = std::move(done);
     }
 
@@ -42,7 +43,7 @@ public:
     std::function<void()> ended;
 
 private:
-    std::shared_ptr<platform::RunLoop> loop_;
+    std::shared_ptr<FakeRunLoop> loop_;
     std::function<void(std::string)> done_;
 };
 
@@ -83,7 +84,8 @@ public:
         if (tool.effect)
             tool.effect(task);
         const std::weak_ptr<platform::Pipe> output = task.standardOutput;
-        const auto end = [tool, output, loop = std::move(loop), didTerminate = std::move(didTerminate)] {
+        const auto end = [tool, output, loop = std::static_pointer_cast<FakeRunLoop>(loop),
+                          didTerminate = std::move(didTerminate)] {
             const auto postStatus = [&] { loop->post([=] { didTerminate(tool.status); }); };
             if (tool.ending == FakeTool::Ending::StatusThenOutput)
                 postStatus();

@@ -8,8 +8,16 @@
 class FakeThreads final : public platform::Threads {
 public:
     void performOnMain(std::function<void()> step) override { main_.push_back(std::move(step)); }
-    void performInBackground(std::function<void()> step) override { background_.push_back(std::move(step)); }
-    std::shared_ptr<platform::RunLoop> makeRunLoop() override { return std::make_shared<FakeRunLoop>(); }
+    bool performInBackground(std::function<void()> step) override {
+        if (threadsLeft-- <= 0)
+            return false;
+        background_.push_back(std::move(step));
+        return true;
+    }
+    std::shared_ptr<platform::RunLoop> makeRunLoop() override { return std::make_shared<FakeRunLoop>(endlessWaits); }
+
+    int threadsLeft = 100000;
+    int endlessWaits = 0; // what would have hung the program
 
     std::size_t backgroundCount() const { return background_.size(); }
 
@@ -29,10 +37,9 @@ public:
 
     // Runs everything that waits and what it leads to.
     void runAll() {
-        for (int left = 10000; runMain() || runBackground(); --left) {
+        for (int left = 10000; runMain() || runBackground(); --left)
             if (left == 0)
                 throw std::logic_error("the steps never end");
-        }
     }
 
 private:

@@ -20,10 +20,18 @@ public:
     void receive(std::uint64_t length) { delegate_->downloadDidReceiveDataOfLength(length); }
     bool unpacks() { return delegate_->downloadShouldDecodeSourceDataOfMIMEType("application/gzip"); }
 
-    // The transfer has come to its end; without a folder for the file that is a failure.
+    // The whole course of a transfer that the server answers.
+    void run(std::uint64_t length) {
+        if (hasPlace()) {
+            respond(static_cast<std::int64_t>(length));
+            receive(length);
+        }
+        finish();
+    }
+
+    // The transfer has come to its end; without a place for the file that is a failure.
     void finish() {
-        const auto folder = destination ? destination->substr(0, destination->rfind('/')) : "";
-        if (!destination || !files_.has(folder)) {
+        if (!hasPlace()) {
             fail({foundation::urlErrorDomain, platform::URLErrorCode::cannotCreateFile, {}});
             return;
         }
@@ -45,6 +53,11 @@ public:
     bool overwrites = false;
 
 private:
+    bool hasPlace() {
+        const auto folder = destination ? destination->substr(0, destination->rfind('/')) : "";
+        return destination && files_.has(folder) && (overwrites || !files_.has(*destination));
+    }
+
     std::shared_ptr<platform::DownloadDelegate> delegate_;
     FakeFiles& files_;
 };
@@ -98,10 +111,9 @@ public:
 
     // Ends every open request, and those that this leads to.
     void finishPosts() {
-        for (std::size_t i = 0; i < posts.size(); ++i) {
+        for (std::size_t i = 0; i < posts.size(); ++i)
             if (posts[i].delegate)
                 finishPost(i);
-        }
     }
 
     std::map<std::string, std::string> answers; // by address

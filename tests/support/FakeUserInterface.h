@@ -1,36 +1,44 @@
 #pragma once
 
-#include "platform/UserInterface.h"
+#include "platform/AlertQueue.h"
 
-#include <deque>
+#include <stdexcept>
+#include <string>
+#include <vector>
 
 // Sheets that a test answers, one after the other.
-class FakeAlerts final : public platform::Alerts {
+class FakeAlerts final : public platform::AlertQueue {
 public:
-    void beginSheet(const platform::Alert& alert, std::function<void(int returnCode)> ended) override {
-        waiting_.emplace_back(alert, std::move(ended));
+    // How many alerts have begun and not ended; the first of them is the one on the screen.
+    using platform::AlertQueue::count;
+
+    const platform::Alert& shown() const {
+        if (shown_ == nullptr)
+            throw std::logic_error("no alert is on the screen");
+        return *shown_;
     }
-
-    // How many alerts were begun and not answered; the first of them is the one on the screen.
-    std::size_t count() const { return waiting_.size(); }
-
-    const platform::Alert& shown() const { return waiting_.at(0).first; }
 
     // Chooses a button of the alert on the screen, by its return code.
-    void answer(int returnCode) {
-        const auto ended = std::move(waiting_.at(0).second);
-        waiting_.pop_front();
-        ended(returnCode);
-    }
+    using platform::AlertQueue::answer;
+
+    // Whether the interface went away with the last alert.
+    bool leftTheScreen = false;
 
 private:
-    std::deque<std::pair<platform::Alert, std::function<void(int returnCode)>>> waiting_;
+    void show(const platform::Alert& alert) override { shown_ = &alert; }
+    void allEnded(bool programEnds) override {
+        shown_ = nullptr;
+        leftTheScreen = programEnds;
+    }
+
+    const platform::Alert* shown_ = nullptr;
 };
 
 // The window with its label and bar in one, writing down what it is told.
 class FakeProgressWindow final : public platform::Window, public platform::Label, public platform::ProgressIndicator {
 public:
     void setTitle(const std::string& title) override { changes.push_back("title " + title); }
+    void orderFront() override { changes.emplace_back("front"); }
     void setStringValue(const std::string& text) override { changes.push_back("text " + text); }
     void setIndeterminate(bool indeterminate) override {
         changes.emplace_back(indeterminate ? "indeterminate" : "determinate");

@@ -126,8 +126,8 @@ void LoopbackServer::run() {
         const bool serving = setCurrent(accepted);
         if (accepted >= 0 && serving) {
             Connection connection(accepted, tls_.get());
-            if (connection.isReady())
-                serve(connection);
+            while (connection.isReady() && serve(connection)) {
+            }
         }
         setCurrent(-1);
         if (accepted >= 0)
@@ -147,14 +147,14 @@ std::size_t announcedLength(const std::string& head) {
 
 } // namespace
 
-void LoopbackServer::serve(Connection& connection) {
+bool LoopbackServer::serve(Connection& connection) {
     std::string received;
     std::size_t headEnd = std::string::npos;
     while (headEnd == std::string::npos || received.size() < headEnd + announcedLength(received)) {
         char bytes[16384];
         const std::size_t count = connection.read(bytes, sizeof bytes);
         if (count == 0)
-            return;
+            return false;
         received.append(bytes, count);
         headEnd = received.find("\r\n\r\n");
         if (headEnd != std::string::npos)
@@ -168,7 +168,7 @@ void LoopbackServer::serve(Connection& connection) {
     lock.unlock();
     const std::string_view bytes = answer.bytes;
     if (!connection.write(bytes.substr(0, answer.pauseAt)))
-        return;
+        return false;
     if (answer.pauseAt < bytes.size()) {
         lock.lock();
         changed_.wait(lock, [this] { return resumed_ || stopping_; });
@@ -176,6 +176,7 @@ void LoopbackServer::serve(Connection& connection) {
         connection.write(bytes.substr(answer.pauseAt));
     }
     connection.end(answer.ending);
+    return answer.ending == Ending::Keep;
 }
 
 LoopbackServer::Answer answerOf(const std::string& status, const std::string& body, const std::string& headers) {

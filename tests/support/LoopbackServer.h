@@ -12,10 +12,11 @@
 #include <vector>
 
 // A web server on the loopback interface that gives each path the answer it was told and keeps what it was asked. It
-// serves one connection after the other, one request on each.
+// serves one connection after the other, one request on each unless an answer keeps it.
 class LoopbackServer {
 public:
-    enum class Ending : std::uint8_t { Close, Reset, Silence };
+    // Keep waits for the next request on the connection.
+    enum class Ending : std::uint8_t { Close, Reset, Silence, Keep };
 
     struct Answer {
         // All that is sent, from the status line on.
@@ -45,7 +46,8 @@ private:
     class Connection;
 
     void run();
-    void serve(Connection& connection);
+    // Serves one request; whether the connection is kept.
+    bool serve(Connection& connection);
     bool setCurrent(int connection);
 
     std::unique_ptr<SSL_CTX, decltype(&SSL_CTX_free)> tls_;

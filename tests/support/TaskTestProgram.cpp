@@ -20,10 +20,9 @@ namespace {
 
 std::string openDescriptors() {
     std::string list;
-    for (int descriptor = 0; descriptor < 1024; ++descriptor) {
+    for (int descriptor = 0; descriptor < 1024; ++descriptor)
         if (::fcntl(descriptor, F_GETFD) >= 0)
             list += std::to_string(descriptor) + ' ';
-    }
     return list;
 }
 

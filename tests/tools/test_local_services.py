@@ -85,6 +85,8 @@ class Running(unittest.TestCase):
         self.assertEqual(self.services.log.events[-1].raw, b"step=23.12&lang=\xff")
         lines = [json.loads(line) for line in (self.scratch / "events").read_text().splitlines()]
         self.assertEqual([line["meaning"] for line in lines], ["launched", "check ended"])
+        self.assertEqual(lines[1]["body"], "step=23.12&lang=\ufffd")
+        self.assertLess(abs(lines[1]["time"] - time.time()), 3600)
 
 
 class Parsing(unittest.TestCase):

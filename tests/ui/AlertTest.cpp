@@ -3,9 +3,13 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QDialogButtonBox>
 #include <QLabel>
+#include <QProxyStyle>
+#include <QScreen>
 #include <QTest>
 
+#include <chrono>
 #include <vector>
 
 using platform::Alert;
@@ -13,8 +17,10 @@ using platform::AlertStyle;
 
 class AlertTest : public InterfaceTest {
 protected:
-    void begin(const Alert& alert) {
-        interface().alerts().beginSheet(alert, [this](int code) { codes_.push_back(code); });
+    platform::SheetNumber begin(const Alert& alert) {
+        const auto sheet = interface().alerts().beginSheet(alert, [this](int code) { codes_.push_back(code); });
+        letWindowSettle();
+        return sheet;
     }
 
     static Alert question(const std::string& title = "Title") {
@@ -26,122 +32,235 @@ protected:
                 .quitButton = 2};
     }
 
-    static QString text(const char* name) { return sheet().findChild<QLabel*>(name)->text(); }
+    static Alert failure() {
+        Alert alert = question();
+        alert.endsProgram = true;
+        return alert;
+    }
+
+    static QLabel& label(const char* name) { return *sheet().findChild<QLabel*>(name); }
+    static std::string text(const char* name) { return label(name).text().toStdString(); }
+
+    std::vector<int> takeCodes() { return std::exchange(codes_, {}); }
 
     std::vector<int> codes_;
 };
 
 TEST_F(AlertTest, EveryAlertAnswersWithTheCodeOfEachButton) {
     start();
-    interface().window().setTitle("Installer");
-    for (const Alert& alert : SampleAlerts::all(TextTable("en"))) {
+    for (Alert alert : SampleAlerts::all(TextTable("en"))) {
+        // The window stays for the next one.
+        alert.endsProgram = false;
         for (std::size_t index = 0; index < alert.buttons.size(); ++index) {
-            codes_.clear();
             begin(alert);
-            EXPECT_EQ(sheet().windowTitle(), "Installer");
-            EXPECT_EQ(text("messageText"), QString::fromStdString(alert.messageText));
-            EXPECT_EQ(text("informativeText"), QString::fromStdString(alert.informativeText));
+            EXPECT_EQ(text("messageText"), alert.messageText);
+            EXPECT_EQ(text("informativeText"), alert.informativeText);
             ASSERT_EQ(static_cast<std::size_t>(buttons().size()), alert.buttons.size());
             QPushButton* button = buttons().at(static_cast<qsizetype>(index));
             EXPECT_EQ(button->text(), QString::fromStdString(alert.buttons[index]));
             QTest::mouseClick(button, Qt::LeftButton);
             settle();
-            EXPECT_EQ(codes_, std::vector{Alert::firstButtonReturn + static_cast<int>(index)});
+            EXPECT_EQ(takeCodes(), std::vector{Alert::firstButtonReturn + static_cast<int>(index)});
             EXPECT_TRUE(sheets().empty());
         }
     }
 }
 
-TEST_F(AlertTest, IsASheetOnTheWindowAndLeavesTheLoopAlone) {
+TEST_F(AlertTest, IsASheetInTheOneWindow) {
     start();
-    begin(question());
-    EXPECT_EQ(sheet().parentWidget(), &window());
-    EXPECT_EQ(sheet().windowType(), Qt::Sheet);
-    EXPECT_EQ(sheet().windowModality(), Qt::WindowModal);
-    EXPECT_EQ(sheet().minimumSize(), sheet().maximumSize());
-    EXPECT_GE(sheet().frameGeometry().top(), window().geometry().top());
+    settle();
+    const QSize size = window().size();
+    Alert alert = question();
+    for (int line = 0; line < 20; ++line)
+        alert.informativeText += "line\n";
+    begin(alert);
+    EXPECT_EQ(sheet().window(), &window());
+    EXPECT_EQ(sheet().geometry(), window().rect());
+    EXPECT_FALSE(part("progressIndicator").isVisible());
+    EXPECT_GT(window().height(), size.height());
+    EXPECT_EQ(window().minimumSize(), window().maximumSize());
+    const auto windows = QApplication::topLevelWidgets();
+    EXPECT_EQ(std::count_if(windows.begin(), windows.end(), [](QWidget* one) { return one->isVisible(); }), 1);
+    press(sheet(), Qt::Key_Return);
+    EXPECT_EQ(window().size(), size);
+    EXPECT_TRUE(part("progressIndicator").isVisible());
 }
 
-TEST_F(AlertTest, KeysAndClosing) {
-    const auto codesAfter = [this](void (*act)()) {
-        codes_.clear();
+TEST_F(AlertTest, Keys) {
+    const struct {
+        std::vector<Qt::Key> keys;
+        int code;
+        Qt::KeyboardModifiers modifiers = {};
+    } rows[] = {{{Qt::Key_Return}, 1000},
+                {{Qt::Key_Enter}, 1000, Qt::KeypadModifier},
+                {{Qt::Key_Escape}, 1001},
+                {{Qt::Key_Space}, 1000},
+                {{Qt::Key_Tab, Qt::Key_Tab, Qt::Key_Space}, 1002},
+                {{Qt::Key_Tab, Qt::Key_Return}, 1001},
+                {{Qt::Key_Tab, Qt::Key_Tab, Qt::Key_Tab, Qt::Key_Return}, 1000}};
+    start();
+    for (const auto& row : rows) {
         begin(question());
-        act();
-        settle();
+        for (const Qt::Key key : row.keys)
+            press(window(), key, row.modifiers);
+        EXPECT_EQ(takeCodes(), std::vector{row.code});
         EXPECT_TRUE(sheets().empty());
-        return codes_;
+    }
+}
+
+// A question whether to quit is not answered by the wish to quit; where all answers do, that wish is one.
+TEST_F(AlertTest, QuittingWhileASheetIsOpen) {
+    void (*const ways[])(QWidget & window) = {[](QWidget& window) { press(window, Qt::Key_Q, Qt::ControlModifier); },
+                                              [](QWidget& window) { press(window, Qt::Key_W, Qt::ControlModifier); },
+                                              [](QWidget& window) { window.close(); }};
+    for (const auto& quit : ways) {
+        start();
+        begin(question());
+        quit(window());
+        EXPECT_EQ(sheets().size(), 1);
+        EXPECT_TRUE(takeCodes().empty());
+        press(window(), Qt::Key_Escape);
+        takeCodes();
+        begin(failure());
+        quit(window());
+        EXPECT_EQ(takeCodes(), std::vector{1001});
+        EXPECT_EQ(application_.quitRequests, 0);
+        TearDown();
+    }
+    start();
+    begin(question());
+    press(window(), Qt::Key_F1);
+    EXPECT_EQ(delegate_.helpRequests, 1);
+}
+
+// Whoever types into another window, or has just come from there, answers nothing.
+TEST_F(AlertTest, TakesNoKeyOrClickThatWasMeantForSomethingElse) {
+    const auto tryAll = [this] {
+        for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter, Qt::Key_Escape})
+            press(window(), key);
+        press(window(), Qt::Key_Q, Qt::ControlModifier);
+        for (QPushButton* button : buttons())
+            QTest::mouseClick(button, Qt::LeftButton);
+        settle();
+        return takeCodes().size();
     };
     start();
-    EXPECT_EQ(codesAfter([] { press(sheet(), Qt::Key_Return); }), std::vector{1000});
-    EXPECT_EQ(codesAfter([] { press(sheet(), Qt::Key_Enter, Qt::KeypadModifier); }), std::vector{1000});
-    EXPECT_EQ(codesAfter([] {
-                  sheet().findChild<QLabel*>("informativeText")->setFocus();
-                  press(sheet(), Qt::Key_Return);
-              }),
-              std::vector{1000});
-    EXPECT_EQ(codesAfter([] { press(sheet(), Qt::Key_Escape); }), std::vector{1001});
-    EXPECT_EQ(codesAfter([] { sheet().close(); }), std::vector{1001});
-    EXPECT_EQ(codesAfter([] {
-                  for (const Qt::Key key : {Qt::Key_Tab, Qt::Key_Tab, Qt::Key_Space}) {
-                      press(sheet(), key);
-                  }
-              }),
-              std::vector{1002});
+    settling().setInterval(std::chrono::hours(1));
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
+    interface().alerts().beginSheet(failure(), [this](int code) { codes_.push_back(code); });
+    EXPECT_TRUE(other.isActiveWindow());
+    EXPECT_EQ(tryAll(), 0U) << "not active";
+    window().activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window()));
+    EXPECT_EQ(tryAll(), 0U) << "just became active";
+    letWindowSettle();
+    // Once it has been seen, going elsewhere and back changes nothing.
+    other.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
+    window().activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window()));
+    press(window(), Qt::Key_Return);
+    EXPECT_EQ(takeCodes(), std::vector{1000});
+}
+
+TEST_F(AlertTest, ASheetInThePlaceOfAnotherTakesNoAnswerToThat) {
+    start();
+    const auto first = begin(question());
+    settling().setInterval(std::chrono::hours(1));
+    interface().alerts().endSheet(first, 1000);
+    interface().alerts().beginSheet(failure(), [this](int code) { codes_.push_back(code); });
+    press(window(), Qt::Key_Return);
+    EXPECT_EQ(takeCodes(), std::vector{1000}) << "the first one's alone";
+    letWindowSettle();
+    press(window(), Qt::Key_Escape);
+    EXPECT_EQ(takeCodes(), std::vector{1001});
+}
+
+TEST_F(AlertTest, AWindowThatGrowsStaysOnItsScreen) {
+    start();
+    const QRect screen = window().screen()->availableGeometry();
+    window().move(screen.bottomRight() - window().rect().bottomRight());
+    settle();
+    Alert alert = question();
+    for (int line = 0; line < 20; ++line)
+        alert.informativeText += "line\n";
+    begin(alert);
+    settle();
+    EXPECT_TRUE(screen.contains(window().frameGeometry()));
+}
+
+TEST_F(AlertTest, AMinimisedWindowStaysSo) {
+    start();
+    Alert alert = question();
+    for (int line = 0; line < 20; ++line)
+        alert.informativeText += "line\n";
+    window().showMinimized();
+    const QSize size = window().size();
+    begin(alert);
+    settle();
+    EXPECT_TRUE(window().isMinimized());
+    EXPECT_EQ(window().size(), size) << "some window managers would restore it";
+    window().showNormal();
+    settle();
+    EXPECT_GT(window().height(), size.height());
+}
+
+TEST_F(AlertTest, TheWindowLeavesTheScreenWithTheLastAnswerThatEndsTheProgram) {
+    start();
+    begin(question());
+    press(window(), Qt::Key_Return);
+    EXPECT_TRUE(window().isVisible());
+    begin(failure());
+    begin(failure());
+    press(window(), Qt::Key_Return);
+    EXPECT_TRUE(window().isVisible());
+    letWindowSettle();
+    press(window(), Qt::Key_Return);
+    EXPECT_FALSE(window().isVisible());
+    EXPECT_EQ(application_.quitRequests, 0) << "leaving the screen is not quitting";
+    begin(failure());
+    EXPECT_TRUE(window().isVisible()) << "another alert has come";
 }
 
 TEST_F(AlertTest, ASecondAlertWaitsForTheFirst) {
     start();
-    std::vector<std::string> order;
-    const auto beginNamed = [&](const std::string& name, const std::function<void()>& then) {
-        interface().alerts().beginSheet(question(name), [&order, name, then](int) {
-            order.push_back(name);
-            then();
-        });
-    };
-    // The first one's answer begins another one, which comes last.
-    beginNamed("first", [&] { beginNamed("third", [] {}); });
-    beginNamed("second", [] {});
-    for (const char* name : {"first", "second", "third"}) {
-        EXPECT_EQ(text("messageText"), name);
-        press(sheet(), Qt::Key_Return);
-    }
-    EXPECT_TRUE(sheets().empty());
-    EXPECT_EQ(order, (std::vector<std::string>{"first", "second", "third"}));
-}
-
-TEST_F(AlertTest, CommandsWhileASheetIsOpen) {
-    start();
-    begin(question());
-    press(sheet(), Qt::Key_F1);
-    EXPECT_EQ(delegate_.helpRequests, 1);
-    press(sheet(), Qt::Key_Q, Qt::ControlModifier);
-    window().close();
-    settle();
-    EXPECT_EQ(sheets().size(), 1);
-    EXPECT_TRUE(codes_.empty());
+    begin(question("first"));
+    begin(question("second"));
+    EXPECT_EQ(text("messageText"), "first");
+    press(window(), Qt::Key_Return);
+    EXPECT_EQ(text("messageText"), "second");
 }
 
 TEST_F(AlertTest, TextsArePlainAndCanBeCopied) {
     Alert alert = question("<b>1 < 2</b> &amp; \u202e3\u202c");
-    alert.informativeText = "line 1\nline 2 & <i>more</i>";
+    alert.informativeText = "line 1 & <i>more</i>";
     alert.buttons = {"Save & Quit"};
     alert.escapeButton = 0;
     start();
     begin(alert);
-    EXPECT_EQ(sheet().findChild<QLabel*>("messageText")->textFormat(), Qt::PlainText);
+    EXPECT_EQ(label("messageText").textFormat(), Qt::PlainText);
     EXPECT_EQ(buttons().at(0)->text(), "Save && Quit");
     EXPECT_TRUE(buttons().at(0)->shortcut().isEmpty());
 
-    sheet().findChild<QLabel*>("informativeText")->setFocus(Qt::TabFocusReason);
-    press(sheet(), Qt::Key_A, Qt::ControlModifier);
-    press(sheet(), Qt::Key_C, Qt::ControlModifier);
-    EXPECT_EQ(QApplication::clipboard()->text(), "line 1\nline 2 & <i>more</i>");
+    QLabel& informative = label("informativeText");
+    EXPECT_EQ(informative.textInteractionFlags(), Qt::TextSelectableByMouse) << "keys would bring a caret";
+    QTest::mouseDClick(&informative, Qt::LeftButton, {}, QPoint(2, informative.height() / 2));
+    EXPECT_TRUE(buttons().at(0)->hasFocus()) << window().focusWidget()->objectName().toStdString();
+    press(window(), Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QApplication::clipboard()->text(), "line");
+    for (int tab = 0; tab < 5; ++tab) {
+        press(window(), Qt::Key_Tab);
+        EXPECT_TRUE(buttons().at(0)->hasFocus()) << window().focusWidget()->objectName().toStdString();
+    }
 }
 
 TEST_F(AlertTest, TheMenuOfATextIsInTheLanguage) {
     start("fr");
-    const auto entry = [] { return QCoreApplication::translate("QWidgetTextControl", "Select All"); };
-    EXPECT_TRUE(QTest::qWaitFor([&] { return entry() == "Tout sélectionner"; })) << entry().toStdString();
+    begin(question());
+    EXPECT_EQ(QCoreApplication::translate("QWidgetTextControl", "Select All"), "Tout sélectionner");
 }
 
 TEST_F(AlertTest, KindsLookDifferent) {
@@ -151,25 +270,41 @@ TEST_F(AlertTest, KindsLookDifferent) {
         alert.style = style;
         begin(alert);
         const QImage image = sheet().findChild<QWidget*>("icon")->grab().toImage();
-        press(sheet(), Qt::Key_Return);
+        press(window(), Qt::Key_Return);
         return image;
     };
     EXPECT_NE(icon(AlertStyle::Warning), icon(AlertStyle::Critical));
 }
 
-// Whoever reads from right to left finds everything the other way round.
-TEST_F(AlertTest, WindowAndAlertFollowTheReadingDirection) {
+// The first button stands where the desktop has it, and whoever reads from right to left finds everything the other way
+// round.
+TEST_F(AlertTest, FollowsTheDesktopAndTheReadingDirection) {
+    struct DesktopStyle : QProxyStyle {
+        explicit DesktopStyle(int withLayout) : layout(withLayout) {}
+        int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                      QStyleHintReturn* result) const override {
+            return hint == SH_DialogButtonLayout ? layout : QProxyStyle::styleHint(hint, option, widget, result);
+        }
+        int layout;
+    };
     for (const auto& [language, mirrored] : {std::pair("en", false), {"ar", true}, {"he", true}, {"fa", true}}) {
-        SCOPED_TRACE(language);
-        start(language);
-        interface().textIndicator().setStringValue("…");
-        settle();
-        EXPECT_EQ(part("icon").x() > part("textIndicator").x(), mirrored);
-        begin(question());
-        EXPECT_EQ(buttons().at(0)->x() > buttons().at(1)->x(), mirrored);
-        EXPECT_EQ(sheet().findChild<QWidget*>("icon")->x() > buttons().at(0)->x(), mirrored);
-        press(sheet(), Qt::Key_Escape);
-        TearDown();
+        for (const auto& [layout, firstComesLast] :
+             {std::pair(QDialogButtonBox::GnomeLayout, true), {QDialogButtonBox::KdeLayout, false}}) {
+            SCOPED_TRACE(language);
+            start(language);
+            QApplication::setStyle(new DesktopStyle(layout));
+            interface().textIndicator().setStringValue("…");
+            settle();
+            EXPECT_EQ(part("icon").x() > part("textIndicator").x(), mirrored);
+            begin(question());
+            settle();
+            EXPECT_EQ(buttons().at(0)->x() > buttons().at(1)->x(), mirrored != firstComesLast);
+            EXPECT_EQ(buttons().at(1)->x() > buttons().at(2)->x(), mirrored != firstComesLast);
+            EXPECT_EQ(sheet().findChild<QWidget*>("icon")->x() > buttons().at(1)->x(), mirrored);
+            press(window(), Qt::Key_Return);
+            EXPECT_EQ(takeCodes(), std::vector{1000});
+            TearDown();
+        }
     }
 }
 

@@ -1,21 +1,17 @@
 #include "tests/ui/InterfaceTest.h"
 
 #include <QApplication>
-#include <QLayout>
 #include <QTest>
 
 #include <stdexcept>
 
 namespace {
 
-QList<QWidget*> visibleWindows(const char* name) {
-    QList<QWidget*> found;
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
-        if (widget->objectName() == name && widget->isVisible()) {
-            found.push_back(widget);
-        }
-    }
-    return found;
+QWidget* mainWindow() {
+    for (QWidget* widget : QApplication::topLevelWidgets())
+        if (widget->objectName() == "MainInterface")
+            return widget;
+    throw std::runtime_error("there is no window");
 }
 
 } // namespace
@@ -25,6 +21,7 @@ void InterfaceTest::start(const std::string& language) {
         {.language = language, .identifier = "example.tolvix.installer", .name = "Tolvix Installer"});
     interface_->start(application_, delegate_);
     ASSERT_TRUE(QTest::qWaitForWindowActive(&window()));
+    letWindowSettle();
 }
 
 void InterfaceTest::TearDown() {
@@ -32,29 +29,37 @@ void InterfaceTest::TearDown() {
 }
 
 QWidget& InterfaceTest::window() const {
-    return *visibleWindows("MainInterface").at(0);
+    return *mainWindow();
 }
 
 QList<QWidget*> InterfaceTest::sheets() {
-    return visibleWindows("AlertSheet");
+    QList<QWidget*> found;
+    for (QWidget* widget : mainWindow()->findChildren<QWidget*>("AlertSheet"))
+        if (widget->isVisible())
+            found.push_back(widget);
+    return found;
 }
 
 QWidget& InterfaceTest::sheet() {
     const QList<QWidget*> open = sheets();
-    const auto isActive = [&] { return QApplication::activeWindow() == open.front(); };
-    if (open.size() != 1 || !QTest::qWaitFor(isActive)) {
-        throw std::runtime_error("there is not one active sheet");
-    }
+    if (open.size() != 1)
+        throw std::runtime_error("there is not one sheet");
     return *open.front();
 }
 
 QList<QPushButton*> InterfaceTest::buttons() {
-    const auto* layout = sheet().findChild<QLayout*>("buttonLayout");
-    QList<QPushButton*> found;
-    for (int index = 0; index < layout->count(); ++index) {
-        found.push_back(qobject_cast<QPushButton*>(layout->itemAt(index)->widget()));
-    }
-    return found;
+    return sheet().findChildren<QPushButton*>();
+}
+
+QTimer& InterfaceTest::settling() const {
+    return *window().findChild<QTimer*>("settling");
+}
+
+void InterfaceTest::letWindowSettle() {
+    const int moment = settling().interval();
+    settling().setInterval(0);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return !settling().isActive(); }));
+    settling().setInterval(moment);
 }
 
 void InterfaceTest::settle() {
@@ -65,6 +70,6 @@ void InterfaceTest::settle() {
 }
 
 void InterfaceTest::press(QWidget& widget, Qt::Key key, Qt::KeyboardModifiers modifiers) {
-    QTest::keyClick(widget.windowHandle(), key, modifiers);
+    QTest::keyClick(widget.window()->windowHandle(), key, modifiers);
     settle();
 }

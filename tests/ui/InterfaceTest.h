@@ -6,6 +6,7 @@
 
 #include <QList>
 #include <QPushButton>
+#include <QTimer>
 #include <QWidget>
 
 #include <memory>
@@ -41,10 +42,15 @@ protected:
     }
     // The sheets that can be seen.
     static QList<QWidget*> sheets();
-    // The only sheet; fails the test and throws if there is another number of them. It has the keyboard.
+    // The only sheet; throws if there is another number of them.
     static QWidget& sheet();
-    // In the order of the layout.
+    // In the order of the alert.
     static QList<QPushButton*> buttons();
+
+    // Runs for the moment in which the window does not take an answer; without a test's doing, as long as the moment.
+    QTimer& settling() const;
+    // Lets the moment be over.
+    void letWindowSettle();
 
     // Runs the event loop until nothing is left to do.
     static void settle();

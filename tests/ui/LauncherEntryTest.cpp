@@ -1,16 +1,18 @@
 #include "platform/qt/LauncherEntry.h"
+#include "platform/qtcore/SessionBus.h"
+#include "tests/ui/PrivateBus.h"
 
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
 #include <QDBusConnection>
-#include <QProcess>
 #include <QTest>
 #include <QVariantMap>
 
 #include <vector>
 
 using platform::LauncherEntry;
+using platform::SessionBus;
 
 // A dock: notes what programs say of their entries in it.
 class UpdateReceiver : public QObject {
@@ -27,31 +29,19 @@ private slots:
     void note(const QString& uri, const QVariantMap& properties) { updates.emplace_back(uri, properties); }
 };
 
-// A message bus of the test's own.
 class LauncherEntryTest : public testing::Test {
 protected:
     void SetUp() override {
-        daemon_.start("dbus-daemon", {"--session", "--nofork", "--nopidfile", "--print-address"});
-        if (!daemon_.waitForStarted()) {
+        if (!bus_.start())
             GTEST_SKIP() << "there is no message bus to try it on";
-        }
-        ASSERT_TRUE(daemon_.waitForReadyRead());
-        address_ = QString::fromUtf8(daemon_.readLine()).trimmed();
     }
 
-    void TearDown() override {
-        // Not by force: it removes its socket.
-        daemon_.terminate();
-        daemon_.waitForFinished();
-    }
-
-    QDBusConnection connect(const QString& name) const { return QDBusConnection::connectToBus(address_, name); }
+    QDBusConnection connect(const QString& name) { return bus_.connect(name); }
 
 private:
     int argumentCount_ = 0;
     QCoreApplication application_{argumentCount_, nullptr};
-    QProcess daemon_;
-    QString address_;
+    PrivateBus bus_;
 };
 
 TEST_F(LauncherEntryTest, TellsTheDesktopWholePerCentsAndTakesThemAway) {
@@ -78,7 +68,7 @@ TEST_F(LauncherEntryTest, IsSilentWithoutABus) {
     entry.setProgress(0.5);
     qunsetenv("DBUS_SESSION_BUS_ADDRESS");
     qputenv("XDG_RUNTIME_DIR", "/nowhere");
-    EXPECT_FALSE(LauncherEntry::sessionBus().has_value());
+    EXPECT_FALSE(SessionBus::connection().has_value());
 }
 
 #include "LauncherEntryTest.moc"

@@ -34,6 +34,7 @@ TEST_F(WindowTest, GrowsWithTextAndFont) {
     start();
     settle();
     const QSize before = window().size();
+    const int icon = part("icon").width();
     std::string text;
     // More lines than the icon is high.
     for (int line = 0; line < 8; ++line)
@@ -47,6 +48,10 @@ TEST_F(WindowTest, GrowsWithTextAndFont) {
     QApplication::setFont(font);
     settle();
     EXPECT_GT(window().height(), withText.height());
+    font.setPointSizeF(font.pointSizeF() * 2);
+    QApplication::setFont(font);
+    settle();
+    EXPECT_GT(part("icon").width(), icon * 2) << "as tall as the letters beside it";
     EXPECT_GT(part<QLabel>("title").font().pointSizeF(), font.pointSizeF());
 }
 

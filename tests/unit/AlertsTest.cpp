@@ -23,6 +23,7 @@ void expectAlert(const Alert& alert, AlertStyle style, const std::string& subjec
     EXPECT_EQ(alert.buttons, buttons);
     EXPECT_EQ(alert.escapeButton, escapeButton);
     EXPECT_EQ(alert.quitButton, quitButton);
+    EXPECT_EQ(alert.endsProgram, subject != busy);
 }
 
 } // namespace
@@ -91,6 +92,13 @@ TEST_F(AlertsTest, HelpOpensTheSupportPageAndLogsNothing) {
     EXPECT_EQ(newSteps(), "");
 }
 
+TEST_F(AlertsTest, AnAnswerThatNobodyAskedForChangesNothing) {
+    launchToDownload();
+    app->terminateAlertDidEnd(1001);
+    EXPECT_EQ(system.application.replies, std::vector<bool>{true});
+    EXPECT_FALSE(system.application.ended);
+}
+
 TEST_F(AlertsTest, ARunningCheckAndAnEndedDownloadAreNotBusy) {
     EXPECT_EQ(app->applicationShouldTerminate(), TerminateReply::Now);
     launchToCheck();
@@ -119,29 +127,45 @@ TEST_F(AlertsTest, QuittingWhileBusyAsksFirstAndWaitsForNoEvents) {
     }
 }
 
-TEST_F(AlertsTest, AFlowThatEndsUnderTheOpenQuestionQuitsAfterTheAnswer) {
-    for (const int answer : {1000, 1001}) {
-        SCOPED_TRACE(answer);
+TEST_F(AlertsTest, TheQuestionEndsWithTheInstallationThatItIsAbout) {
+    for (const bool launched : {true, false}) {
         FlowWorld flow;
         flow.launchToInstall();
         flow.userQuits();
-        flow.install();
-        EXPECT_FALSE(flow.quits()) << "the question is still open";
-        EXPECT_EQ(flow.system.alerts.count(), 1U);
-        flow.system.alerts.answer(answer);
+        flow.userQuits();
+        EXPECT_EQ(flow.system.alerts.count(), 1U) << "asked twice";
+        flow.app->installWillStart();
+        flow.end();
+        launched ? flow.app->installDidEnd() : flow.app->launchDidFailWithError(flow.error);
+        EXPECT_EQ(flow.system.alerts.count(), 0U);
+        EXPECT_EQ(flow.system.application.replies, std::vector<bool>{false});
         EXPECT_TRUE(flow.quits());
-        EXPECT_EQ(flow.system.alerts.count(), 0U) << "asked again although nothing was running";
     }
 }
 
-TEST_F(AlertsTest, AFailureUnderTheOpenQuestionIsShownAfterIt) {
+TEST_F(AlertsTest, TheQuestionStaysWhileTheNextStageRuns) {
+    launchToDownload();
+    userQuits();
+    download();
+    EXPECT_EQ(system.alerts.count(), 1U);
+    system.alerts.answer(1001);
+    EXPECT_TRUE(system.application.ended);
+}
+
+TEST_F(AlertsTest, AFailureTakesTheQuestionsPlace) {
     launchToDownload();
     userQuits();
     end();
     app->downloadDidFailWithError(error);
-    system.alerts.answer(1000);
-    EXPECT_FALSE(system.application.ended);
+    EXPECT_EQ(system.application.replies, std::vector<bool>{false});
     EXPECT_EQ(system.alerts.shown().messageText, failed + "DOWNLOAD_TITLE");
+    EXPECT_FALSE(system.alerts.leftTheScreen);
+    // A second report of the same failure waits its turn, and the window stays until it was answered.
+    app->downloadDidFailWithError(error);
     system.alerts.answer(1001);
+    EXPECT_FALSE(system.alerts.leftTheScreen);
+    system.alerts.answer(1001);
+    EXPECT_TRUE(system.alerts.leftTheScreen);
+    EXPECT_FALSE(system.application.ended) << "the event is on its way";
     EXPECT_TRUE(quits());
 }

@@ -77,6 +77,16 @@ TEST_F(AuthenticatedCopyTest, PrivilegedCommandsRunInOrderUpToTheFirstFailure) {
     }
 }
 
+TEST_F(AuthenticatedCopyTest, AMoveIntoAFolderThatReappearedIsNoSuccess) {
+    system.authorization.observer = [this](const std::string& command) {
+        if (command.rfind("/bin/rm", 0) == 0)
+            system.files.addFile(product + "/new");
+    };
+    EXPECT_NE(run(operations[0].run), "done");
+    EXPECT_TRUE(system.files.has(product + "/new"));
+    EXPECT_EQ(system.authorization.commands.size(), 2U) << "not ours to give an owner";
+}
+
 // Deliberate in the program: a denial is asked again at once.
 TEST_F(AuthenticatedCopyTest, DenialsAreAskedAgainAndOtherRefusalsAreNot) {
     system.authorization.denials = 2;
@@ -119,6 +129,10 @@ TEST_F(AuthenticatedCopyTest, TheWaitStatusDecides) {
     system.authorization.unstartable = 2;
     EXPECT_FALSE(AuthorizationExecuteWithPrivilegesAndWait(authorization, "/bin/ls", {}));
     EXPECT_EQ(system.authorization.events, (Texts{"default", "run", "restore"})) << "no other child may be reaped";
+    system.authorization.events.clear();
+    system.authorization.unthinkable = 3;
+    EXPECT_ANY_THROW(AuthorizationExecuteWithPrivilegesAndWait(authorization, "/bin/ls", {}));
+    EXPECT_EQ(system.authorization.events, (Texts{"default", "run", "restore"}));
 }
 
 TEST_F(AuthenticatedCopyTest, AWritableProductIsReplacedWithoutRights) {
@@ -166,7 +180,9 @@ TEST_F(AuthenticatedCopyTest, TemporaryCopiesAreNamedAfterTheVersion) {
     const std::pair<const char*, std::string> rows[] = {{" _1.2 b_ ", "(1.2 b)"},
                                                         {"-(1)-", "(-(1)-)"},
                                                         {"\xE2\x80\x9C \xC3\xA9 2\xC2\xA0", "(\xC3\xA9 2)"},
-                                                        {"___", "()"}};
+                                                        {"___", "()"},
+                                                        {"1.2\xC2", "(1.2)"},
+                                                        {"\xE2\x80", "()"}};
     for (const auto& [version, text] : rows) {
         system.bundles.others[product] = {{"CFBundleVersion", foundation::Value(version)}};
         EXPECT_EQ(manager::_temporaryCopyNameForPath(product), "/Applications/Tolvix " + text + ".app");
@@ -178,7 +194,8 @@ TEST_F(AuthenticatedCopyTest, TemporaryCopiesAreNamedAfterTheVersion) {
     EXPECT_EQ(manager::_temporaryCopyNameForPath("/Applications/None.app"), "/Applications/None (old) 2.app");
 }
 
-// Deliberate in the program: only digits and dots count in the parentheses, and the bundle's name is a pattern itself.
+// Deliberate in the program: only digits and dots count in the parentheses, and a dot in the bundle's name is any
+// character.
 TEST_F(AuthenticatedCopyTest, LeftoversAreThoseWithAPlainVersion) {
     const auto isLeftover = [](const std::string& entry, const std::string& bundle = "Tolvix") {
         FakePlatform fresh;
@@ -190,7 +207,12 @@ TEST_F(AuthenticatedCopyTest, LeftoversAreThoseWithAPlainVersion) {
     for (const char* entry : {"Tolvix (1.2b).app", "Tolvix ().app", "My Tolvix (1).app"})
         EXPECT_FALSE(isLeftover(entry)) << entry;
     EXPECT_TRUE(isLeftover("Tolvix (1).app", "Tol.ix"));
+    EXPECT_TRUE(isLeftover("Tol\xC3\xA9ix (1).app", "Tol.ix"));
+    EXPECT_FALSE(isLeftover("Tolvi (1).app", "Tolvi."));
+    EXPECT_FALSE(isLeftover("Tolvix (1.app"));
+    EXPECT_FALSE(isLeftover("Tolvix (1)\n.app"));
     EXPECT_FALSE(isLeftover("T+ (1).app", "T+"));
-    EXPECT_FALSE(isLeftover("Tolvix (x (1).app", "Tolvix (x")) << "a name that makes no pattern";
+    const std::string hostile = std::string(40, 'a') + "!";
+    EXPECT_FALSE(isLeftover(hostile, "(a*)*b")) << "and at once";
     EXPECT_EQ(manager::_temporaryFailedCopiesForPath("/missing/Tolvix.app"), std::nullopt);
 }

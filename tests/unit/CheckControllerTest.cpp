@@ -86,6 +86,28 @@ TEST_F(CheckControllerTest, AStartIsIgnoredOnlyOnceTheStepHasBegun) {
     EXPECT_EQ(delegate->messages, (Texts{"start", "start", "fail", "fail"}));
 }
 
+TEST_F(CheckControllerTest, ChecksThatOverlapDoNotMixTheirResults) {
+    const std::string first = R"({"code":200,"content":{"download_url":"https://h/1","version":"1"}})";
+    for (const char* second :
+         {R"({"code":200})", R"({"code":200,"content":{"download_url":"https://h/2","version":"2"}})"}) {
+        start();
+        start();
+        system.transfers.answers[feed] = first;
+        system.threads.runBackground();
+        system.transfers.answers[feed] = second;
+        system.threads.runBackground();
+        const Texts messages = check();
+        EXPECT_EQ(Texts(messages.begin(), messages.begin() + 3), (Texts{"start", "start", "end https://h/1 1"}));
+        EXPECT_EQ(messages[3], std::string(second).size() < 20 ? "fail" : "end https://h/2 2");
+    }
+}
+
+TEST_F(CheckControllerTest, WithoutAThreadTheCheckFails) {
+    system.threads.threadsLeft = 0;
+    EXPECT_EQ(check(), (Texts{"start", "fail NSPOSIXErrorDomain 11 No further thread could be started."}));
+    EXPECT_FALSE(controller->checkInProgress());
+}
+
 // Deliberate in the program: a check that has begun delivers its result.
 TEST_F(CheckControllerTest, AnAbortedAndDroppedCheckStillReports) {
     start();

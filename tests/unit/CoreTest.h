@@ -35,9 +35,8 @@ public:
     // The step codes of the events that were posted since the last call, with blanks between.
     std::string newSteps() {
         std::string codes;
-        for (; seen_ < system.transfers.posts.size(); ++seen_) {
+        for (; seen_ < system.transfers.posts.size(); ++seen_)
             codes += (codes.empty() ? "" : " ") + fields(seen_)["step"];
-        }
         return codes;
     }
 

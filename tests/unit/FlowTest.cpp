@@ -55,6 +55,17 @@ TEST_F(FlowTest, LaunchSaysWhatItWillDoAndAsksForTheImage) {
     EXPECT_EQ(quiet.journal, Texts{"check (null)"}) << "a host that makes no address still starts the check";
 }
 
+TEST_F(FlowTest, ArgumentsBeyondUtf8AreTheSameEverywhere) {
+    launch({"--partnerName", "caf\xE9", "--campaignID", "\xFF"});
+    const std::string name = "caf\xEF\xBF\xBD";
+    EXPECT_EQ(fields(0)["content"].find("{}"), std::string::npos) << "an event without its content";
+    EXPECT_NE(fields(0)["content"].find("\"partnerName\":\"" + name), std::string::npos);
+    EXPECT_EQ(TXInstallerConfig::partnerName(), name);
+    EXPECT_EQ(system.preferences.stored["example.tolvix.agent"].at("TXPartnerName"), foundation::Value(name));
+    EXPECT_EQ(journal, Texts{"check " + feedBeginning + "(null)"});
+    EXPECT_EQ(system.console.messages.size(), 1U);
+}
+
 TEST_F(FlowTest, HelpPrintsAndQuitsAndStartsNothing) {
     const auto before = TXInstallerLogController::sharedTXInstallerLogController();
     launch({"--help", "--partnerName", "acme %@", "--partnerID", "7", "--auto-start", "NO"});
@@ -79,6 +90,30 @@ TEST_F(FlowTest, HelpPrintsAndQuitsAndStartsNothing) {
     EXPECT_TRUE(system.application.ended);
 }
 
+TEST_F(FlowTest, ASecondInstallerShowsTheFirstAndEnds) {
+    launch();
+    EXPECT_EQ(system.singleInstance.claimed, Texts{"/Applications"});
+    window.changes.clear();
+    system.singleInstance.another();
+    EXPECT_EQ(window.changes, Texts{"front"});
+
+    FlowWorld second;
+    second.system.singleInstance.isFree = false;
+    second.launch({"--partnerName", "acme"});
+    EXPECT_EQ(second.system.console.messages, Texts{"The installer is already running."});
+    EXPECT_EQ(second.newSteps(), "");
+    EXPECT_TRUE(second.journal.empty());
+    EXPECT_TRUE(second.system.preferences.stored.empty());
+    second.system.threads.runAll();
+    EXPECT_TRUE(second.system.application.ended);
+
+    FlowWorld help;
+    help.system.singleInstance.isFree = false;
+    help.launch({"--help"});
+    EXPECT_EQ(help.system.console.messages.at(0).rfind("Usage:", 0), 0U);
+    EXPECT_TRUE(help.system.singleInstance.claimed.empty());
+}
+
 TEST_F(FlowTest, EveryOutcomePostsItsCodesInOrder) {
     // The codes, the line on the console, and the alert, after so many stages that went well.
     const auto outcome = [](int stagesDone, void (*ending)(FlowWorld & flow)) {
@@ -101,13 +136,17 @@ TEST_F(FlowTest, EveryOutcomePostsItsCodesInOrder) {
     };
     const std::string known = " did fail with error: Error Domain=D Code=7 \"(null)\"";
     const std::string unknown = " did fail with error: (null)";
-    EXPECT_EQ(outcome(3, [](FlowWorld&) {}), "23.01 23.11 23.12 23.21 23.22 23.31 23.32 ");
-    EXPECT_EQ(
-        outcome(0, [](FlowWorld& flow) { flow.app->checkWillStart(), flow.app->checkDidFailWithError(flow.error); }),
-        "23.01 23.11 23.13 Check" + known + " MAC_LAUNCHER_FAILED_CHECK_TITLE");
-    EXPECT_EQ(outcome(1, [](FlowWorld& flow) { flow.app->downloadDidFailWithError({}); }),
+    EXPECT_EQ(outcome(
+                  3, [](FlowWorld&) {}),
+              "23.01 23.11 23.12 23.21 23.22 23.31 23.32 ");
+    EXPECT_EQ(outcome(
+                  0, [](FlowWorld& flow) { flow.app->checkWillStart(), flow.app->checkDidFailWithError(flow.error); }),
+              "23.01 23.11 23.13 Check" + known + " MAC_LAUNCHER_FAILED_CHECK_TITLE");
+    EXPECT_EQ(outcome(
+                  1, [](FlowWorld& flow) { flow.app->downloadDidFailWithError({}); }),
               "23.01 23.11 23.12 23.23 Download" + unknown + " MAC_LAUNCHER_FAILED_DOWNLOAD_TITLE");
-    EXPECT_EQ(outcome(2, [](FlowWorld& flow) { flow.app->installDidFailWithError({}); }),
+    EXPECT_EQ(outcome(
+                  2, [](FlowWorld& flow) { flow.app->installDidFailWithError({}); }),
               "23.01 23.11 23.12 23.21 23.22 23.33 Install" + unknown + " MAC_LAUNCHER_FAILED_INSTALL_TITLE");
     EXPECT_EQ(outcome(2, [](FlowWorld& flow) { flow.app->launchDidFailWithError(flow.error); }),
               "23.01 23.11 23.12 23.21 23.22 23.34 Launch" + known);

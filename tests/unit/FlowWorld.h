@@ -4,7 +4,7 @@
 #include "tests/unit/CoreTest.h"
 #include "ui/TXInstallWindowController.h"
 
-#include "foundation/Text.h"
+#include "foundation/MessageText.h"
 
 // A stage that only remembers what it was told; the test sends the delegate's messages itself.
 class RecordingStage final : public TXCheckStage, public TXDownloadStage, public TXInstallStage {

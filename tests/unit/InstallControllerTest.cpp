@@ -24,7 +24,10 @@ protected:
                 system.files.addFile(task.arguments.at(3) + "/" + name);
         };
         delegate->observer = [this](const std::string& message) {
-            EXPECT_EQ(system.files.has(folder), message == "start") << "the folder goes before the last message";
+            const bool starting = message == "start";
+            EXPECT_EQ(system.files.has(folder), starting) << "the folder goes before the last message";
+            EXPECT_EQ(controller && controller->installInProgress(), starting && controller) << "busy after the end";
+            EXPECT_TRUE(starting || system.threads.backgroundCount() == 0) << "an end starts no thread";
         };
     }
 
@@ -87,8 +90,8 @@ TEST_F(InstallControllerTest, MissingContentsAreReported) {
               "fail " + installerError + "4001 Couldn't extract file at path: " + folder + "/UNIQUE");
 }
 
-// Deliberate in the program: the old product goes first.
-TEST_F(InstallControllerTest, AFailedPlainCopyIsDoneAgainWithAuthenticationAndNoHalfProductStays) {
+// Deliberate in the program: the old product goes first, and only the second copy's reason is reported.
+TEST_F(InstallControllerTest, AFailedPlainCopyIsDoneAgainWithAuthenticationAndNothingMoreIsRemoved) {
     system.files.failAt(FakeFiles::Operation::Copy, source);
     EXPECT_EQ(install(), ended);
     EXPECT_TRUE(holds("new"));
@@ -101,6 +104,38 @@ TEST_F(InstallControllerTest, AFailedPlainCopyIsDoneAgainWithAuthenticationAndNo
     system.files.failAt(FakeFiles::Operation::Remove, product);
     EXPECT_EQ(install(), copyRefused);
     EXPECT_TRUE(holds("old")) << "nobody could remove it";
+    system.authorization.waitResults = {{8, 1 << 8}};
+    EXPECT_EQ(install(), copyRefused);
+    EXPECT_TRUE(holds("new")) << "a product that only lacks its owner is a whole one";
+}
+
+// Deliberate in the program: a link is something, wherever it leads.
+TEST_F(InstallControllerTest, ADanglingLinkInTheProductsPlaceGivesWay) {
+    system.files.removeTree(product);
+    system.files.addLink(product, "/nowhere");
+    EXPECT_EQ(install(), ended);
+    EXPECT_TRUE(holds("new"));
+    EXPECT_EQ(system.authorization.requests, 0);
+}
+
+TEST_F(InstallControllerTest, WithoutAThreadTheStageFails) {
+    const std::string reason = "NSPOSIXErrorDomain 11 No further thread could be started.";
+    for (const auto& [threads, end] :
+         {std::pair(0, std::string("fail")), {1, "fail " + reason}, {2, "launch failed " + reason}}) {
+        system.threads.threadsLeft = threads;
+        EXPECT_EQ(install(), (Texts{"start", end}));
+        EXPECT_FALSE(controller->installInProgress());
+    }
+}
+
+TEST_F(InstallControllerTest, ManyFailuresStartNoThreads) {
+    for (int entry = 0; entry < 2000; ++entry) {
+        volume.push_back(std::to_string(entry));
+        system.files.failAt(FakeFiles::Operation::Copy, "/tmp/me/UNIQUE/" + volume.back());
+    }
+    const Texts all = install();
+    EXPECT_EQ(all.size(), 2001U);
+    EXPECT_EQ(all.back(), "fail");
 }
 
 TEST_F(InstallControllerTest, TheLaunchDecidesTheEnd) {

@@ -1,5 +1,5 @@
 #include "app/TXAppDelegate.h"
-#include "foundation/Text.h"
+#include "foundation/MessageText.h"
 #include "telemetry/TXInstallerTools.h"
 #include "tests/unit/CoreTest.h"
 
@@ -65,14 +65,27 @@ TEST_F(InstallerConfigTest, WithoutADomainNothingIsStored) {
     system.bundles.information.erase("TXAgentPreferencesDomain");
     TXInstallerConfig::setPartnerName("A");
     EXPECT_EQ(TXInstallerConfig::partnerName(), "A");
-    EXPECT_FALSE(TXInstallerTools::installerId().empty());
+    EXPECT_TRUE(TXInstallerTools::installerId());
     EXPECT_EQ(system.preferences.writes, 0);
 }
 
 TEST_F(InstallerConfigTest, TheInstallerIdIsMadeOnce) {
-    const std::string first = TXInstallerTools::installerId();
+    const Text first = TXInstallerTools::installerId();
     EXPECT_EQ(first, "00000000-0000-4000-8000-000000000001");
     EXPECT_EQ(TXInstallerTools::installerId(), first);
     stored().insert_or_assign("TXUniqInstallerId", Value("an older one"));
     EXPECT_EQ(TXInstallerTools::installerId(), "an older one");
+    stored().clear();
+    system.processInfo.hasRandomNumbers = false;
+    EXPECT_EQ(TXInstallerTools::installerId(), std::nullopt);
+    EXPECT_TRUE(stored().empty());
+}
+
+TEST_F(InstallerConfigTest, AProductWithoutIdentifierHasNoStoreEdition) {
+    system.files.addFolder("/Users/me/Library/Containers/example.tolvix.desktop");
+    EXPECT_TRUE(TXInstallerTools::isInstalledMASTolvixAgent());
+    for (const char* identifier : {"", "example.other"}) {
+        system.bundles.information.insert_or_assign("TXProductBundleIdentifier", Value(identifier));
+        EXPECT_FALSE(TXInstallerTools::isInstalledMASTolvixAgent()) << identifier;
+    }
 }

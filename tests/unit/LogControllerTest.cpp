@@ -1,5 +1,9 @@
 #include "telemetry/TXInstallerLogController.h"
+
+#include "app/StepCode.h"
 #include "tests/unit/CoreTest.h"
+
+#include <cstdlib>
 
 // What an event carries, how its body is written, and that each start is matched by one end.
 
@@ -64,6 +68,11 @@ TEST_F(LogControllerTest, TheArgumentListEndsAtItsFirstMissingValue) {
     EXPECT_EQ(sent(), "anonymouscomputerid content country os oscountry osversion step version ");
     system.locale.country.reset();
     EXPECT_EQ(sent(), "anonymouscomputerid content os osversion step version ");
+    system.preferences.stored.clear();
+    system.processInfo.hasRandomNumbers = false;
+    EXPECT_EQ(sent(), "content step ") << "nobody is identified";
+    makeController()->installerLogToServerWithCode(std::nullopt);
+    EXPECT_EQ(system.transfers.posts.back().request.body, "content={}") << "no step";
 }
 
 // Deliberate in the program: every event goes out at once, without a flush as well.
@@ -112,6 +121,26 @@ TEST_F(LogControllerTest, EachStartIsMatchedByOneEnd) {
     EXPECT_EQ(system.console.messages,
               Texts{"Request did fail with error: Error Domain=NSURLErrorDomain Code=-1004 \"(null)\""});
     EXPECT_EQ(delegate->finished, 2);
+}
+
+// In a process of its own, because other tests make the shared controller.
+TEST_F(LogControllerTest, EventsBeforeTheControllerIsMadeAreNone) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto log = [this] {
+        logStep(StepCode::checkWillStart);
+        std::_Exit(system.transfers.posts.empty() ? 0 : 1);
+    };
+    EXPECT_EXIT(log(), testing::ExitedWithCode(0), "");
+}
+
+TEST_F(LogControllerTest, AnEventWithoutAnAddressIsAFailedRequest) {
+    std::make_shared<TXInstallerLogRequest>(delegate)->sendRequest(std::nullopt, "body");
+    EXPECT_EQ(delegate->finished, 0) << "never inside the call";
+    system.threads.runAll();
+    EXPECT_EQ(delegate->finished, 1);
+    EXPECT_TRUE(system.transfers.posts.empty());
+    EXPECT_EQ(system.console.messages,
+              Texts{"Request did fail with error: Error Domain=NSURLErrorDomain Code=-1000 \"(null)\""});
 }
 
 // Deliberate in the program: the service reads the body as it is, and a body beyond ASCII loses as many bytes at its

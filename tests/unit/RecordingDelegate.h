@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/TXFlowInterfaces.h"
-#include "foundation/Text.h"
+#include "flow/TXFlowInterfaces.h"
+#include "foundation/MessageText.h"
 #include "install/TXUnarchiver.h"
 #include "tests/unit/CoreTest.h"
 

@@ -1,7 +1,8 @@
-#include "foundation/Text.h"
+#include "foundation/MessageText.h"
 
 #include "foundation/PathString.h"
 #include "foundation/PercentEscape.h"
+#include "foundation/Unicode.h"
 
 #include <gtest/gtest.h>
 
@@ -90,6 +91,37 @@ TEST(ErrorTest, DescribesItselfOnOneLine) {
     const Error hostile{"a\x1B[2J\nb", -4, {{"message", Value("\xC2\x9B \x07\xFF")}}};
     EXPECT_EQ(hostile.description(),
               "Error Domain=a\\x1b[2J\\nb Code=-4 \"(null)\" UserInfo={message=\\xc2\\x9b \\x07\\xff}");
+    const Error nested{"D", 1, {{"a", Value(Value::Dictionary{{"b", Value("x\ny")}, {"c", Value(true)}})}}};
+    EXPECT_EQ(nested.description(), "Error Domain=D Code=1 \"(null)\" UserInfo={a={b = \"x\\ny\"; c = 1}}");
+}
+
+TEST(ErrorTest, AServersWholeAnswerStaysShort) {
+    Value deep("inside");
+    Value::Array wide;
+    for (int level = 0; level < 500; ++level)
+        deep = Value(level % 2 == 0 ? Value(Value::Array{deep, Value("beside")})
+                                    : Value(Value::Dictionary{{"key", deep}}));
+    for (int item = 0; item < 50000; ++item)
+        wide.emplace_back("item");
+    const std::string long200KB(200000, 'x');
+    const std::string accents = "\xC3\xA9";
+    std::string longAccents;
+    while (longAccents.size() < 200000)
+        longAccents += accents;
+    const Error errors[] = {{"D", 1, {{"a", deep}}},
+                            {"D", 1, {{"a", Value(wide)}}},
+                            {"D", 1, {{"a", Value(long200KB)}}},
+                            {"D", 1, {{long200KB, Value(true)}}},
+                            {long200KB, 1, {}},
+                            Error::withDescription("D", 1, longAccents)};
+    for (const Error& error : errors) {
+        const std::string text = error.description();
+        EXPECT_LE(text.size(), 4096U + std::string(foundation::ellipsis).size());
+        EXPECT_NE(text.find(foundation::ellipsis), std::string::npos) << text;
+        EXPECT_TRUE(foundation::isValidUtf8(text)) << text;
+        EXPECT_EQ(text.find('\n'), std::string::npos) << text;
+    }
+    EXPECT_LT(errors[0].description().size(), 1000U) << "nesting is cut, not only the text";
 }
 
 TEST(TextTest, InsertsArgumentsAsTheyAre) {
@@ -97,6 +129,7 @@ TEST(TextTest, InsertsArgumentsAsTheyAre) {
     EXPECT_EQ(foundation::textOf(std::optional<std::string>()), "(null)");
 }
 
+// Deliberate in the program: "#", "[" and "]" are escaped as well, the other reserved characters are not.
 TEST(PercentEscapeTest, EscapesWhatMayNotStandInAURL) {
     const char* const rows[][2] = {{"a b/c?d#e[f]%41", "a%20b/c?d%23e%5Bf%5D%2541"},
                                    {"it's~(x)!*;,:@$_-.&=+", "it's~(x)!*;,:@$_-.&=+"},
@@ -108,4 +141,23 @@ TEST(PercentEscapeTest, EscapesWhatMayNotStandInAURL) {
     }
     EXPECT_EQ(foundation::addingPercentEscapes("caf\xC3\xA9"), std::nullopt);
     EXPECT_EQ(foundation::removingPercentEscapes("%zz%4"), "%zz%4");
+}
+
+TEST(MessageTextTest, controlCharactersNeverReachATerminal) {
+    using foundation::printableText;
+    EXPECT_EQ(printableText("a\n\tb \u00e9\u4e2d"), "a\n\tb \u00e9\u4e2d");
+    for (int byte = 0; byte < 256; ++byte) {
+        const std::string alone(1, static_cast<char>(byte));
+        const bool harmless = byte == '\n' || byte == '\t' || (byte >= ' ' && byte < 0x7F);
+        EXPECT_EQ(printableText(alone) == alone, harmless) << byte;
+        EXPECT_EQ(printableText("\u4e2d" + alone).find(alone, 3) != std::string::npos, harmless) << byte;
+    }
+    for (int byte = 0x80; byte < 0xC0; ++byte) {
+        const std::string character{'\xC2', static_cast<char>(byte)};
+        EXPECT_EQ(printableText(character) == character, byte >= 0xA0) << "U+00" << std::hex << byte;
+    }
+}
+
+TEST(MessageTextTest, plainTerminalsGetTheNearestAscii) {
+    EXPECT_EQ(foundation::asciiText("It\u2019s \u201Ea\u201C\u2026\u00A0\u4e2d\u00e9\n\xFF-"), "It's \"a\"... ??\n?-");
 }

@@ -1,7 +1,6 @@
 #include "tools/pictures/ContactSheet.h"
 
 #include <QPainter>
-#include <QPainterPath>
 
 #include <algorithm>
 
@@ -45,29 +44,4 @@ QImage ContactSheet::draw() const {
         y += row.size().height();
     }
     return sheet;
-}
-
-QImage ContactSheet::onDesktop(const QImage& picture, const QColor& desktop) {
-    constexpr int margin = 28;
-    constexpr double radius = 10;
-    const double scale = picture.devicePixelRatio();
-    const QSizeF content = picture.deviceIndependentSize();
-    QImage image(((content + QSizeF(2 * margin, 2 * margin)) * scale).toSize(), QImage::Format_RGB32);
-    image.setDevicePixelRatio(scale);
-    image.fill(desktop);
-    QPainter painter(&image);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    const QRectF place(QPointF(margin, margin), content);
-    constexpr int shadowDepth = 14;
-    for (int spread = shadowDepth; spread > 0; --spread) {
-        painter.setBrush(QColor(0, 0, 0, 3));
-        painter.drawRoundedRect(place.adjusted(-spread, -spread + 3, spread, spread + 3), radius + spread,
-                                radius + spread);
-    }
-    QPainterPath outline;
-    outline.addRoundedRect(place, radius, radius);
-    painter.setClipPath(outline);
-    painter.drawImage(place, picture);
-    return image;
 }

@@ -15,9 +15,6 @@ public:
     // Needs a Qt application object.
     QImage draw() const;
 
-    // One picture as a small window on a plain desktop of a fitting shade, at the picture's own scale.
-    static QImage onDesktop(const QImage& picture, const QColor& desktop);
-
 private:
     struct Row {
         QString title;

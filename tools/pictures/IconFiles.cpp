@@ -22,8 +22,10 @@ bool IconFiles::render(const QDir& repository) {
     const QDir icons(repository.filePath("platform/qt/icons"));
     bool done = true;
     for (const int extent : {16, 24, 32, 48, 64, 128, 256}) {
-        done &= renderFile(repository.filePath("resources/icon.svg"),
-                           icons.filePath(QString("icon-%1.png").arg(extent)), extent);
+        // The smallest have drawings of their own, whose edges lie between pixels.
+        const QString source =
+            extent < 32 ? QString("resources/icon-%1.svg").arg(extent) : QString("resources/icon.svg");
+        done &= renderFile(repository.filePath(source), icons.filePath(QString("icon-%1.png").arg(extent)), extent);
     }
     constexpr int alertExtent = 48;
     for (const char* name : {"warning", "critical"}) {

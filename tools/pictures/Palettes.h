@@ -8,4 +8,6 @@ public:
     static QPalette light();
     static QPalette dark();
     static QPalette highContrast();
+    static QPalette highContrastLight();
+    static QPalette yellowOnBlack();
 };

@@ -12,21 +12,11 @@
 
 namespace {
 
-QWidget* topLevel(const char* name) {
-    for (QWidget* widget : QApplication::topLevelWidgets()) {
-        if (widget->objectName() == name && widget->isVisible()) {
-            return widget;
-        }
-    }
-    return nullptr;
-}
-
 void runFor(int milliseconds) {
     QElapsedTimer time;
     time.start();
-    while (time.elapsed() < milliseconds) {
+    while (time.elapsed() < milliseconds)
         QCoreApplication::processEvents(QEventLoop::AllEvents, milliseconds);
-    }
 }
 
 // Takes pictures of one interface while it is led through its stages.
@@ -68,33 +58,34 @@ private:
         platform::ProgressIndicator& bar = interface_->progressIndicator();
         constexpr int awayFromTheEdge = 500;
         runFor(awayFromTheEdge);
-        take("check", "MainInterface");
+        take("check");
         bar.setIndeterminate(false);
         bar.setDoubleValue(62);
-        take("download", "MainInterface");
+        take("download");
         bar.setIndeterminate(true);
         bar.startAnimation();
         interface_->textIndicator().setStringValue(texts_.text("INSTALLING"));
         runFor(awayFromTheEdge * 2);
-        take("install", "MainInterface");
+        take("install");
         bar.stopAnimation();
-        take("stopped", "MainInterface");
+        take("stopped");
     }
 
     void takeAlerts() {
-        const std::vector<platform::Alert> alerts = SampleAlerts::all(texts_);
+        std::vector<platform::Alert> alerts = SampleAlerts::all(texts_);
         for (std::size_t index = 0; index < alerts.size(); ++index) {
-            interface_->alerts().beginSheet(alerts[index], [](int) {});
-            take(QString("alert-%1").arg(index), "AlertSheet");
-            topLevel("AlertSheet")->close();
+            // The window stays for the next one.
+            alerts[index].endsProgram = false;
+            const auto sheet = interface_->alerts().beginSheet(alerts[index], [](int) {});
+            take(QString("alert-%1").arg(index));
+            interface_->alerts().endSheet(sheet, platform::Alert::firstButtonReturn);
             QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         }
     }
 
-    void take(const QString& name, const char* widgetName) {
+    void take(const QString& name) {
         QCoreApplication::processEvents();
-        QWidget* widget = topLevel(widgetName);
-        pictures_.push_back({name, widget->grab().toImage()});
+        pictures_.push_back({name, QApplication::topLevelWidgets().constFirst()->grab().toImage()});
     }
 
     TextTable texts_;
@@ -107,6 +98,6 @@ private:
 } // namespace
 
 std::vector<Pictures::Picture> Pictures::take(const Look& look, double scale) {
-    OffscreenDisplay::use({1920, 1080}, scale);
+    OffscreenDisplay::use(look.screen, scale);
     return Photographer(look).takeAll();
 }

@@ -5,6 +5,7 @@
 
 #include <QImage>
 #include <QPalette>
+#include <QSize>
 #include <QString>
 
 #include <vector>
@@ -17,6 +18,8 @@ public:
         QPalette palette;
         // The size of the desktop's font in points.
         int fontSize = 10;
+        // In logical pixels.
+        QSize screen{1920, 1080};
     };
 
     struct Picture {

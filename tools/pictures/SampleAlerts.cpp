@@ -1,56 +1,35 @@
 #include "tools/pictures/SampleAlerts.h"
 
-using platform::Alert;
-using platform::AlertStyle;
+#include "app/InstallerAlerts.h"
+#include "platform/Platform.h"
 
 namespace {
 
-Alert failure(const TextTable& texts, const std::string& stage, bool offersDownload) {
-    Alert alert;
-    alert.style = AlertStyle::Critical;
-    alert.messageText = texts.text("FAILED_" + stage + "_TITLE");
-    alert.informativeText = texts.text("FAILED_" + stage + "_DESCRIPTION");
-    if (offersDownload) {
-        alert.buttons.push_back(texts.text("FAILED_WARNING_MANUAL_DONWLOAD"));
+// Knows the texts alone.
+class TableBundle final : public platform::Bundles {
+public:
+    explicit TableBundle(const TextTable& texts) : texts_(texts) { platform::current().bundles = this; }
+    TableBundle(const TableBundle&) = delete;
+    TableBundle& operator=(const TableBundle&) = delete;
+    ~TableBundle() override { platform::current().bundles = nullptr; }
+
+    std::string mainBundlePath() override { return {}; }
+    std::optional<foundation::Value> objectForInfoDictionaryKey(const std::string& /*key*/) override { return {}; }
+    std::optional<foundation::Value::Dictionary> bundleInformation(const std::string& /*path*/) override { return {}; }
+    std::string localizedString(const std::string& key, const std::string& /*value*/) override {
+        return texts_.text(key.substr(std::string("MAC_LAUNCHER_").size()));
     }
-    alert.buttons.push_back(texts.text("FAILED_WARNING_QUIT"));
-    alert.escapeButton = alert.quitButton = alert.buttons.size() - 1;
-    return alert;
-}
+
+private:
+    const TextTable& texts_;
+};
 
 } // namespace
 
-Alert SampleAlerts::quitWhileBusy(const TextTable& texts) {
-    return {.style = AlertStyle::Warning,
-            .messageText = texts.text("INCOMPLETE_WARNING_TITLE"),
-            .informativeText = texts.text("INCOMPLETE_WARNING_DESCRIPTION"),
-            .buttons = {texts.text("INCOMPLETE_WARNING_CONTINUE"), texts.text("INCOMPLETE_WARNING_QUIT")},
-            .escapeButton = 0,
-            .quitButton = 1};
-}
-
-Alert SampleAlerts::checkFailed(const TextTable& texts) {
-    return failure(texts, "CHECK", false);
-}
-
-Alert SampleAlerts::downloadFailed(const TextTable& texts) {
-    return failure(texts, "DOWNLOAD", true);
-}
-
-Alert SampleAlerts::installFailed(const TextTable& texts) {
-    return failure(texts, "INSTALL", true);
-}
-
-Alert SampleAlerts::storeEdition(const TextTable& texts) {
-    return {.style = AlertStyle::Warning,
-            .messageText = texts.text("MACAPPSTORE_WARNING_TITLE"),
-            .informativeText = texts.text("MACAPPSTORE_WARNING_DESCRIPTION"),
-            .buttons = {texts.text("MACAPPSTORE_WARNING_OPEN"), texts.text("MACAPPSTORE_WARNING_QUIT"),
-                        texts.text("MACAPPSTORE_WARNING_MANUAL_DONWLOAD")},
-            .escapeButton = 1,
-            .quitButton = 1};
-}
-
-std::vector<Alert> SampleAlerts::all(const TextTable& texts) {
-    return {quitWhileBusy(texts), checkFailed(texts), downloadFailed(texts), installFailed(texts), storeEdition(texts)};
+std::vector<platform::Alert> SampleAlerts::all(const TextTable& texts) {
+    using InstallerAlerts::FailedStage;
+    const TableBundle bundle(texts);
+    return {InstallerAlerts::quitWhileBusy(), InstallerAlerts::failure(FailedStage::Check, false),
+            InstallerAlerts::failure(FailedStage::Download, true), InstallerAlerts::failure(FailedStage::Install, true),
+            InstallerAlerts::storeEdition(true)};
 }

@@ -5,14 +5,9 @@
 
 #include <vector>
 
-// The alerts that the program can show, with its own texts.
+// The alerts that the program can show, as it makes them.
 class SampleAlerts {
 public:
-    static platform::Alert quitWhileBusy(const TextTable& texts);
-    static platform::Alert checkFailed(const TextTable& texts);
-    static platform::Alert downloadFailed(const TextTable& texts);
-    static platform::Alert installFailed(const TextTable& texts);
-    static platform::Alert storeEdition(const TextTable& texts);
-
+    // With the texts of the table: the question whether to quit, a failure of each stage, and the store warning.
     static std::vector<platform::Alert> all(const TextTable& texts);
 };

@@ -16,11 +16,9 @@ const std::filesystem::path resources = TOLVIX_RESOURCES;
 
 std::vector<std::string> TextTable::languages() {
     std::vector<std::string> found;
-    for (const auto& entry : std::filesystem::directory_iterator(resources)) {
-        if (entry.path().extension() == ".lproj") {
+    for (const auto& entry : std::filesystem::directory_iterator(resources))
+        if (entry.path().extension() == ".lproj")
             found.push_back(entry.path().stem().string());
-        }
-    }
     std::sort(found.begin(), found.end());
     return found;
 }
@@ -29,9 +27,8 @@ TextTable::TextTable(const std::string& language) : language_(language) {
     std::ifstream file(resources / (language + ".lproj") / "Localizable.strings", std::ios::binary);
     const std::string bytes{std::istreambuf_iterator<char>(file), {}};
     auto texts = foundation::parseStringsTable(bytes);
-    if (!texts) {
+    if (!texts)
         throw std::runtime_error("no texts for " + language);
-    }
     texts_ = *std::move(texts);
 }
 

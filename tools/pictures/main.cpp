@@ -1,5 +1,6 @@
-// Draws the window and every alert, in several languages and colours, on one sheet; and the two pictures of the
-// introduction. Usage: screenshots REPOSITORY OUTPUT-FOLDER, or screenshots --icons REPOSITORY to draw the icons anew.
+// Draws the window and every alert, in several languages, colours and sizes, on one sheet. Usage: screenshots
+// OUTPUT-FOLDER; screenshots --icons REPOSITORY draws the icons anew; screenshots --grab FILE X Y WIDTH HEIGHT takes a
+// part of the display as it is.
 
 #include "tools/pictures/ContactSheet.h"
 #include "tools/pictures/IconFiles.h"
@@ -8,11 +9,13 @@
 #include "tools/pictures/Pictures.h"
 
 #include <QApplication>
+#include <QPixmap>
+#include <QScreen>
 
-#include <algorithm>
 #include <cstdlib>
 #include <iostream>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -33,49 +36,46 @@ std::vector<NamedLook> looks() {
             {"Simplified Chinese, dark", {"zh-Hans", dark}},
             {"Thai, light, 18 pt", {"th", light, 18}},
             {"German, light, 24 pt", {"de", light, 24}},
+            {"English, light, 36 pt", {"en", light, 36}},
+            {"German, light, 20 pt, screen of 640 x 360", {"de", light, 20, {640, 360}}},
+            {"Serbian in Latin letters, light", {"sr-Latn", light}},
+            {"Korean, light", {"ko", light}},
             {"English, high contrast, 14 pt", {"en", Palettes::highContrast(), 14}},
+            {"English, high contrast on white", {"en", Palettes::highContrastLight()}},
+            {"English, yellow on black", {"en", Palettes::yellowOnBlack()}},
             {"English, light, 150 %", {"en", light}, 1.5},
             {"English, light, 200 %", {"en", light}, 2},
             {"Hebrew, dark, 200 %", {"he", dark}, 2}};
 }
 
-const QImage& named(const std::vector<Pictures::Picture>& pictures, const QString& name) {
-    return std::find_if(pictures.begin(), pictures.end(), [&](const auto& picture) { return picture.name == name; })
-        ->image;
-}
-
-bool drawIntroduction(const QDir& repository) {
-    const QDir images(repository.filePath("docs/images"));
-    const auto light = Pictures::take({"en", Palettes::light()}, 2);
-    const auto dark = Pictures::take({"en", Palettes::dark()}, 2);
-    return QDir().mkpath(images.path()) &&
-           ContactSheet::onDesktop(named(light, "download"), "#dfe5ea").save(images.filePath("window-light.png")) &&
-           ContactSheet::onDesktop(named(dark, "alert-0"), "#14171a").save(images.filePath("alert-dark.png"));
-}
-
 bool drawContactSheet(const QDir& output) {
     ContactSheet sheet;
-    for (const NamedLook& look : looks()) {
+    for (const NamedLook& look : looks())
         sheet.addRow(look.name, Pictures::take(look.look, look.scale));
-    }
     OffscreenDisplay::use({1920, 1080});
     int argumentCount = 0;
     const QGuiApplication application(argumentCount, nullptr);
     return QDir().mkpath(output.path()) && sheet.draw().save(output.filePath("contact-sheet.png"));
 }
 
+bool grab(const QString& file, const QRect& part) {
+    int argumentCount = 0;
+    const QGuiApplication application(argumentCount, nullptr);
+    return QGuiApplication::primaryScreen()->grabWindow(0, part.x(), part.y(), part.width(), part.height()).save(file);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 3) {
-        std::cerr << "usage: screenshots REPOSITORY OUTPUT-FOLDER | screenshots --icons REPOSITORY\n";
-        return EXIT_FAILURE;
-    }
+    const std::vector<std::string> words(argv, argv + argc);
     bool done = false;
-    if (std::string(argv[1]) == "--icons") {
+    if (argc == 2)
+        done = drawContactSheet(QDir(argv[1]));
+    else if (argc == 3 && words[1] == "--icons")
         done = IconFiles::render(QDir(argv[2]));
-    } else {
-        done = drawIntroduction(QDir(argv[1])) && drawContactSheet(QDir(argv[2]));
-    }
+    else if (argc == 7 && words[1] == "--grab")
+        done = grab(argv[2], QRect(std::stoi(words[3]), std::stoi(words[4]), std::stoi(words[5]), std::stoi(words[6])));
+    else
+        std::cerr << "usage: screenshots OUTPUT-FOLDER | --icons REPOSITORY | --grab FILE X Y WIDTH HEIGHT\n";
     return done ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -1,10 +1,10 @@
 """The service that takes the installer's events."""
 from __future__ import annotations
 
-import base64
 import json
 import re
 import threading
+import time
 from dataclasses import dataclass
 from typing import Dict, List, Optional, TextIO
 
@@ -76,7 +76,8 @@ def parse_event(seconds: float, body: bytes) -> Event:
 
 
 class LogService(Service):
-    """Takes events; `events` holds them in the order of arrival. `events_file` gets one JSON object per line."""
+    """Takes events; `events` holds them in the order of arrival. `events_file` gets one JSON object per line, the
+    journal that tools/log_viewer.py reads; docs/service.md describes it."""
 
     name = "log"
     events_file: Optional[TextIO] = None
@@ -120,9 +121,8 @@ class LogService(Service):
 
 
 def _json_line(event: Event) -> str:
-    return json.dumps({"time": round(event.time, 6), "step": event.step, "meaning": event.meaning,
-                       "fields": event.fields, "content": event.content,
-                       "raw": base64.b64encode(event.raw).decode()}) + "\n"
+    return json.dumps({"time": round(time.time(), 6), "body": event.raw.decode(errors="replace"), "step": event.step,
+                       "meaning": event.meaning, "fields": event.fields, "content": event.content}) + "\n"
 
 
 def _readable(event: Event) -> str:

@@ -7,6 +7,7 @@
 #include "MountPoint.h"
 #include "SevenZip.h"
 
+#include <climits>
 #include <cstdio>
 
 namespace hdiutil {
@@ -24,15 +25,44 @@ const char* partitionType(FileSystem fileSystem) {
     return "Apple_ISO";
 }
 
-// 7-Zip ends well although it left out a link to "/" or one of two entries whose names came out alike, and although a
-// link of an ISO 9660 volume came out as an empty file.
-void checkCompleteness(const SevenZip& sevenZip, const DiskImage& image, const Extraction& extraction,
-                       const ExtractedTree& tree) {
+// 7-Zip ends well although it left out a link to "/", made a file of one with a long target, or tidied a target up,
+// which always makes it shorter. These links are made anew from what the volume stores.
+void restoreLinks(const SevenZip& sevenZip, const DiskImage& image, ExtractedTree& tree, int staging) {
+    const Failure unreadable("the image holds a link whose target cannot be read");
+    const std::vector<ListedLink> listed = sevenZip.links(image);
+    std::vector<ListedLink> changed;
+    std::vector<std::string> paths;
+    std::size_t wanted = 0;
+    for (const ListedLink& link : listed) {
+        if (!link.length || tree.holdsLink(link.path, *link.length))
+            continue;
+        if (*link.length == 0)
+            throw Failure("the image holds a link without a target");
+        if (*link.length >= PATH_MAX)
+            throw Failure("the image holds a link whose target is too long");
+        changed.push_back(link);
+        if (!link.target) {
+            paths.push_back(link.path);
+            wanted += *link.length;
+        }
+    }
+    const std::string targets = paths.empty() ? std::string() : sevenZip.targets(image, paths);
+    if (targets.size() != wanted || targets.find('\0') != std::string::npos)
+        throw Failure(unreadable);
+    std::size_t at = 0;
+    for (const ListedLink& link : changed) {
+        tree.putLink(staging, link.path, link.target ? *link.target : targets.substr(at, *link.length), link.modified);
+        at += link.target ? 0 : *link.length;
+    }
+    if (listed.size() != tree.linkCount())
+        throw Failure(unreadable);
+}
+
+// 7-Zip ends well although it left out one of two entries whose names came out alike.
+void checkCompleteness(const Extraction& extraction, const ExtractedTree& tree) {
     const std::size_t all = tree.fileCount() + tree.linkCount();
     if (extraction.files && *extraction.files != all && *extraction.files != tree.fileCount())
         throw Failure("the image holds files that cannot be read");
-    if (extraction.fileSystem == FileSystem::Iso9660 && sevenZip.countLinks(image) != tree.linkCount())
-        throw Failure("the image holds a link whose target cannot be read");
 }
 
 // The content of an HFS+ volume comes below a folder with the volume's name. A colon within a name has become "_",
@@ -54,7 +84,8 @@ FileSystem fill(MountPoint& mountPoint, const DiskImage& image, Interruption& in
     const Extraction extraction = sevenZip.extract(image, staging);
     ExtractedTree tree(SevenZip::linkPrefix, interruption);
     tree.mend(staging);
-    checkCompleteness(sevenZip, image, extraction, tree);
+    restoreLinks(sevenZip, image, tree, staging);
+    checkCompleteness(extraction, tree);
 
     const FileDescriptor volume = openVolume(staging, extraction.fileSystem);
     if (extraction.fileSystem == FileSystem::Hfs)

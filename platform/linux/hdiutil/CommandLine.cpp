@@ -46,12 +46,11 @@ Command parseAttach(const Words& words) {
 
 Command parseDetach(const Words& words) {
     Command command{Command::Verb::Detach, {}, {}};
-    for (auto word = words.begin() + 1; word != words.end(); ++word) {
+    for (auto word = words.begin() + 1; word != words.end(); ++word)
         if (!isOption(*word))
             setOnce(command.mountPoint, *word, "mount point");
         else if (*word != "-force")
             throw UsageError("unknown option " + *word);
-    }
     if (command.mountPoint.empty())
         throw UsageError("no mount point given");
     return command;

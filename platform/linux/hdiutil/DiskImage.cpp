@@ -58,9 +58,11 @@ bool DiskImage::isEncrypted(off_t size) const {
 }
 
 bool DiskImage::holdsPlainBlocks() const {
-    return std::any_of(plainSignatures.begin(), plainSignatures.end(), [this](const Signature& signature) {
-        return bytesAt(signature.offset, signature.bytes.size()) == signature.bytes;
-    });
+    return std::any_of(
+        plainSignatures.begin(), plainSignatures.end(),
+        [this](const Signature& signature) {
+            return bytesAt(signature.offset, signature.bytes.size()) == signature.bytes;
+        });
 }
 
 } // namespace hdiutil

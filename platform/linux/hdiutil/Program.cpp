@@ -35,7 +35,7 @@ std::string readText(const FileDescriptor& file) {
 }
 
 std::vector<std::string> childEnvironment() {
-    std::vector<std::string> environment = {"PATH=/usr/bin:/bin", "LC_ALL=C"};
+    std::vector<std::string> environment = {"PATH=/usr/bin:/bin", "LC_ALL=C", "TZ=UTC"};
     if (const char* folder = std::getenv("TMPDIR"))
         environment.push_back(std::string("TMPDIR=") + folder);
     return environment;

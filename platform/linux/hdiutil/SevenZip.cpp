@@ -1,14 +1,15 @@
 #include "SevenZip.h"
 
 #include "Failure.h"
-#include "Program.h"
 
 #include <algorithm>
 #include <cctype>
 #include <climits>
 #include <cstdlib>
 #include <fcntl.h>
+#include <map>
 #include <sstream>
+#include <string_view>
 #include <sys/stat.h>
 
 namespace hdiutil {
@@ -118,6 +119,36 @@ std::optional<std::size_t> fileCount(const std::string& output) {
     return std::strtoul(counts.back().c_str(), nullptr, 10);
 }
 
+// The entries of a listing, by key. Those of the volume follow the line of dashes, with an empty line after each.
+std::vector<std::map<std::string, std::string>> listedEntries(const std::string& listing) {
+    constexpr std::string_view separator = " = ";
+    std::vector<std::map<std::string, std::string>> entries;
+    bool isBehindHeader = false;
+    bool isInEntry = false;
+    for (const std::string& line : split(listing, '\n')) {
+        const std::size_t at = line.find(separator);
+        if (line.starts_with("----------")) {
+            isBehindHeader = true;
+        } else if (line.empty()) {
+            isInEntry = false;
+        } else if (isBehindHeader && at != std::string::npos) {
+            if (!isInEntry)
+                entries.emplace_back();
+            isInEntry = true;
+            entries.back()[line.substr(0, at)] = line.substr(at + separator.size());
+        }
+    }
+    return entries;
+}
+
+// Of a text such as "2026-11-23 13:55:55", perhaps with parts of a second.
+std::optional<std::time_t> timeOf(const std::string& text) {
+    std::tm parts{};
+    if (::strptime(text.c_str(), "%Y-%m-%d %H:%M:%S", &parts) == nullptr)
+        return std::nullopt;
+    return ::timegm(&parts);
+}
+
 } // namespace
 
 SevenZip::SevenZip(Interruption& interruption) : _interruption(interruption) {
@@ -154,20 +185,47 @@ Extraction SevenZip::extract(const DiskImage& image, int folder) const {
     return {fileSystemOf(result.output), fileCount(result.output)};
 }
 
-std::size_t SevenZip::countLinks(const DiskImage& image) const {
-    const FileDescriptor root(::open("/", O_PATH | O_CLOEXEC));
-    const std::vector<std::string> arguments = {"l", "-slt", formatSwitch(image), "--", imagePath};
-    const ProgramResult result = Program{_path, arguments, image.descriptor(), root.get()}.run(_interruption);
+std::vector<ListedLink> SevenZip::links(const DiskImage& image) const {
+    const ProgramResult result = runOn(image, {"l", "-slt", formatSwitch(image), "--", imagePath});
     if (result.status != 0)
         throw Failure("the volume could not be listed" + detailOf(result.errors));
-    std::size_t links = 0;
-    for (const std::string& mode : valuesOf(result.output, "Mode = ")) {
-        if (mode.starts_with('l'))
-            ++links;
-        else if (!mode.starts_with('-') && !mode.starts_with('d'))
+    std::vector<ListedLink> links;
+    for (const auto& entry : listedEntries(result.output)) {
+        const auto valueOf = [&entry](const char* key) {
+            const auto found = entry.find(key);
+            return found == entry.end() ? std::string() : found->second;
+        };
+        const std::string mode = valueOf("Mode");
+        if (!mode.empty() && std::string_view("bcps").find(mode.front()) != std::string_view::npos)
             throw Failure("the image holds a device, pipe or socket");
+        if (!mode.starts_with('l'))
+            continue;
+        ListedLink link{valueOf("Path"), std::nullopt, std::nullopt, timeOf(valueOf("Modified"))};
+        if (const std::string target = valueOf("Symbolic Link"); !target.empty())
+            link.target = target;
+        if (const std::string size = valueOf("Size"); link.target)
+            link.length = link.target->size();
+        else if (!size.empty())
+            link.length = std::strtoul(size.c_str(), nullptr, 10);
+        links.push_back(std::move(link));
     }
     return links;
+}
+
+std::string SevenZip::targets(const DiskImage& image, const std::vector<std::string>& paths) const {
+    // A link's data is its target. After the two dashes no path is a switch or a list, and with the switch before them
+    // none is a pattern.
+    std::vector<std::string> arguments = {"x", "-so", "-spd", formatSwitch(image), "--", imagePath};
+    arguments.insert(arguments.end(), paths.begin(), paths.end());
+    const ProgramResult result = runOn(image, std::move(arguments));
+    if (result.status != 0)
+        throw Failure("the links of the volume could not be read" + detailOf(result.errors));
+    return result.output;
+}
+
+ProgramResult SevenZip::runOn(const DiskImage& image, std::vector<std::string> arguments) const {
+    const FileDescriptor root(::open("/", O_PATH | O_CLOEXEC));
+    return Program{_path, std::move(arguments), image.descriptor(), root.get()}.run(_interruption);
 }
 
 } // namespace hdiutil

@@ -3,7 +3,8 @@
 #include "Detach.h"
 #include "StatusHolder.h"
 
-#include <algorithm>
+#include "foundation/MessageText.h"
+
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
@@ -33,12 +34,9 @@ const char* verbName(Command::Verb verb) {
     return verb == Command::Verb::Attach ? "attach" : "detach";
 }
 
-// Names in the reason can hold anything; the message stays one line.
+// Names in the reason can hold anything; the message stays one line and drives no terminal.
 void report(const std::string& text) {
-    std::string line = "hdiutil: " + text;
-    std::replace_if(
-        line.begin(), line.end(), [](unsigned char c) { return c < ' ' || c == 0x7f; }, '?');
-    std::fprintf(stderr, "%s\n", line.c_str());
+    std::fprintf(stderr, "hdiutil: %s\n", foundation::visible(text).c_str());
 }
 
 int run(const std::vector<std::string>& words) {

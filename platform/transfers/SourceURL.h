@@ -1,0 +1,22 @@
+#pragma once
+
+#include "foundation/URL.h"
+#include "platform/transfers/TransferFailure.h"
+
+#include <optional>
+#include <string>
+
+namespace platform::transfers {
+
+bool isFileURL(const foundation::URL& url);
+
+// Why the URL cannot be asked for over the web: another scheme, or no host. Nothing when it can.
+std::optional<TransferFailure> webURLFailure(const foundation::URL& url);
+
+// Whether what is sent to and comes from the URL is encrypted.
+bool isSecure(const std::string& url);
+
+// The path of a file URL of this machine; nothing for another machine's.
+std::optional<std::string> localPath(const foundation::URL& url);
+
+} // namespace platform::transfers

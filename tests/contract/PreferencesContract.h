@@ -1,0 +1,74 @@
+#pragma once
+
+#include "platform/Preferences.h"
+
+#include <functional>
+#include <gtest/gtest.h>
+#include <string>
+
+namespace tests {
+
+// What all preferences do. A `World` has `run(step)`, which calls the step with the preferences of a new run of the
+// program; what a run has stored is there in the next.
+template <class World>
+class PreferencesContract : public testing::Test {
+protected:
+    void run(const std::function<void(platform::Preferences&)>& step) { world_.run(step); }
+
+    static foundation::Value text(const std::string& bytes) { return foundation::Value(bytes); }
+
+private:
+    World world_;
+};
+TYPED_TEST_SUITE_P(PreferencesContract);
+
+TYPED_TEST_P(PreferencesContract, changesAreSeenAtOnceAndStoredBySynchronize) {
+    const auto text = &TestFixture::text;
+    this->run([&](platform::Preferences& preferences) {
+        EXPECT_EQ(preferences.appValue("key", "example.agent"), std::nullopt);
+        preferences.setValue(text("old"), "key", "example.agent");
+        EXPECT_EQ(preferences.appValue("key", "example.agent"), text("old"));
+        preferences.synchronize("example.agent");
+        preferences.setValue(text("new"), "key", "example.agent");
+        preferences.setValue(text("other"), "other", "example.agent");
+        preferences.synchronize("example.agent");
+        EXPECT_EQ(preferences.appValue("key", "example.agent"), text("new"));
+        EXPECT_EQ(preferences.appValue("key", "example.other"), std::nullopt);
+    });
+    this->run([&](platform::Preferences& preferences) {
+        EXPECT_EQ(preferences.appValue("key", "example.agent"), text("new"));
+        EXPECT_EQ(preferences.appValue("key", "example.other"), std::nullopt);
+        preferences.setValue(std::nullopt, "key", "example.agent");
+        EXPECT_EQ(preferences.appValue("key", "example.agent"), std::nullopt);
+        preferences.synchronize("example.agent");
+    });
+    this->run([&](platform::Preferences& preferences) {
+        EXPECT_EQ(preferences.appValue("key", "example.agent"), std::nullopt);
+        EXPECT_EQ(preferences.appValue("other", "example.agent"), text("other"));
+    });
+}
+
+TYPED_TEST_P(PreferencesContract, keepsTextsOfEveryKind) {
+    const std::string texts[] = {"",
+                                 "  two words ",
+                                 "a=b;c,d \"e\" \\ % # \\n",
+                                 "@Invalid()",
+                                 "@@x",
+                                 "one\ntwo\r\n\tthree\x01\x7F"
+                                 "a\x1F",
+                                 "Zoë 安装 😀",
+                                 "[General]"};
+    this->run([&](platform::Preferences& preferences) {
+        for (const std::string& each : texts)
+            preferences.setValue(foundation::Value(each), "key" + each, "example.agent");
+        preferences.synchronize("example.agent");
+    });
+    this->run([&](platform::Preferences& preferences) {
+        for (const std::string& each : texts)
+            EXPECT_EQ(preferences.appValue("key" + each, "example.agent"), foundation::Value(each));
+    });
+}
+
+REGISTER_TYPED_TEST_SUITE_P(PreferencesContract, changesAreSeenAtOnceAndStoredBySynchronize, keepsTextsOfEveryKind);
+
+} // namespace tests

@@ -1,0 +1,190 @@
+// Loaded before a program's libraries: lets one call of it fail, to see what the program makes of that.
+//
+//   FAILING_PROGRAM=name    the program that is meant; others go on undisturbed
+//   FAILING_CALL=kind:N     the N-th call of that kind fails, counted from 1; 0 for none
+//   FAILING_COUNTS=file     32-bit counts of the calls, in the order of the kinds below; the file must be long enough
+//
+// It sees calls through the dynamic linker only, so not those that the C library makes within itself.
+
+#include <atomic>
+#include <cerrno>
+#include <cstdarg>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <string_view>
+
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <pthread.h>
+#include <spawn.h>
+#include <sys/mman.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+enum Kind { Open, Read, Write, MakeFolder, Unlink, Rename, Spawn, Pipe, Socket, Thread, Kinds };
+
+constexpr const char* names[Kinds] = {"open",   "read",  "write", "mkdir",  "unlink",
+                                      "rename", "spawn", "pipe",  "socket", "thread"};
+constexpr int errors[Kinds] = {EMFILE, EIO, ENOSPC, EROFS, EACCES, EIO, EAGAIN, EMFILE, EMFILE, EAGAIN};
+
+struct Plan {
+    bool active = false;
+    int kind = Kinds;
+    std::uint32_t number = 0;
+    std::atomic<std::uint32_t>* counts = nullptr;
+};
+
+std::atomic<std::uint32_t> ownCounts[Kinds];
+
+Plan makePlan() {
+    Plan plan;
+    plan.counts = ownCounts;
+    const char* program = std::getenv("FAILING_PROGRAM");
+    const char* call = std::getenv("FAILING_CALL");
+    if (program == nullptr || call == nullptr || std::strcmp(program, program_invocation_short_name) != 0)
+        return plan;
+    const char* colon = std::strchr(call, ':');
+    for (int kind = 0; kind < Kinds; ++kind)
+        if (colon != nullptr && std::string_view(call, static_cast<std::size_t>(colon - call)) == names[kind])
+            plan.kind = kind;
+    plan.number = colon != nullptr ? static_cast<std::uint32_t>(std::atoi(colon + 1)) : 0;
+    if (const char* path = std::getenv("FAILING_COUNTS")) {
+        const auto open = reinterpret_cast<int (*)(const char*, int, ...)>(dlsym(RTLD_NEXT, "open"));
+        const int file = open(path, O_RDWR | O_CLOEXEC);
+        void* memory = mmap(nullptr, sizeof ownCounts, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
+        if (memory != MAP_FAILED)
+            plan.counts = static_cast<std::atomic<std::uint32_t>*>(memory);
+        close(file);
+    }
+    plan.active = true;
+    return plan;
+}
+
+Plan plan;
+
+__attribute__((constructor)) void begin() {
+    plan = makePlan();
+}
+
+// Whether this call is the one that fails; errno is then set.
+bool fails(Kind kind) {
+    if (!plan.active)
+        return false;
+    const std::uint32_t count = ++plan.counts[kind];
+    if (plan.kind != kind || plan.number != count)
+        return false;
+    errno = errors[kind];
+    return true;
+}
+
+// Descriptors of the event loop never fail to be read or written, and nothing could go on if they did.
+bool canFail(int descriptor) {
+    struct stat status {};
+    return fstat(descriptor, &status) == 0 && (S_ISREG(status.st_mode) || S_ISSOCK(status.st_mode));
+}
+
+// A sanitizer's runtime tries addresses by writing them to pipes of its own.
+bool isSanitizer(void* caller) {
+    Dl_info place{};
+    return dladdr(caller, &place) != 0 && std::strstr(place.dli_fname, "san.so") != nullptr;
+}
+
+template <class Function>
+Function next(const char* name) {
+    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
+}
+
+mode_t modeOf(int flags, va_list list) {
+    return (flags & (O_CREAT | __O_TMPFILE)) != 0 ? va_arg(list, mode_t) : 0;
+}
+
+} // namespace
+
+extern "C" {
+
+#define OPENS(name)                                                                                                    \
+    int name(const char* path, int flags, ...) {                                                                       \
+        va_list list;                                                                                                  \
+        va_start(list, flags);                                                                                         \
+        const mode_t mode = modeOf(flags, list);                                                                       \
+        va_end(list);                                                                                                  \
+        return fails(Open) ? -1 : next<int (*)(const char*, int, ...)>(#name)(path, flags, mode);                      \
+    }
+#define OPENS_AT(name)                                                                                                 \
+    int name(int folder, const char* path, int flags, ...) {                                                           \
+        va_list list;                                                                                                  \
+        va_start(list, flags);                                                                                         \
+        const mode_t mode = modeOf(flags, list);                                                                       \
+        va_end(list);                                                                                                  \
+        return fails(Open) ? -1 : next<int (*)(int, const char*, int, ...)>(#name)(folder, path, flags, mode);         \
+    }
+OPENS(open)
+OPENS(open64)
+OPENS_AT(openat)
+OPENS_AT(openat64)
+
+ssize_t read(int descriptor, void* buffer, size_t size) {
+    if (canFail(descriptor) && fails(Read))
+        return -1;
+    return next<ssize_t (*)(int, void*, size_t)>("read")(descriptor, buffer, size);
+}
+
+ssize_t write(int descriptor, const void* buffer, size_t size) {
+    if (canFail(descriptor) && fails(Write))
+        return -1;
+    return next<ssize_t (*)(int, const void*, size_t)>("write")(descriptor, buffer, size);
+}
+
+int mkdir(const char* path, mode_t mode) noexcept {
+    return fails(MakeFolder) ? -1 : next<int (*)(const char*, mode_t)>("mkdir")(path, mode);
+}
+int mkdirat(int folder, const char* path, mode_t mode) noexcept {
+    return fails(MakeFolder) ? -1 : next<int (*)(int, const char*, mode_t)>("mkdirat")(folder, path, mode);
+}
+int unlink(const char* path) noexcept {
+    return fails(Unlink) ? -1 : next<int (*)(const char*)>("unlink")(path);
+}
+int unlinkat(int folder, const char* path, int flags) noexcept {
+    return fails(Unlink) ? -1 : next<int (*)(int, const char*, int)>("unlinkat")(folder, path, flags);
+}
+int rename(const char* from, const char* to) noexcept {
+    return fails(Rename) ? -1 : next<int (*)(const char*, const char*)>("rename")(from, to);
+}
+int renameat(int from, const char* path, int to, const char* newPath) noexcept {
+    return fails(Rename) ? -1 : next<int (*)(int, const char*, int, const char*)>("renameat")(from, path, to, newPath);
+}
+int renameat2(int from, const char* path, int to, const char* newPath, unsigned flags) noexcept {
+    return fails(Rename) ? -1
+                         : next<int (*)(int, const char*, int, const char*, unsigned)>("renameat2")(from, path, to,
+                                                                                                    newPath, flags);
+}
+int posix_spawn(pid_t* child, const char* path, const posix_spawn_file_actions_t* actions,
+                const posix_spawnattr_t* attributes, char* const arguments[], char* const environment[]) noexcept {
+    if (fails(Spawn))
+        return errors[Spawn];
+    return next<decltype(&posix_spawn)>("posix_spawn")(child, path, actions, attributes, arguments, environment);
+}
+int pipe(int ends[2]) noexcept {
+    if (!isSanitizer(__builtin_return_address(0)) && fails(Pipe))
+        return -1;
+    return next<int (*)(int*)>("pipe")(ends);
+}
+int pipe2(int ends[2], int flags) noexcept {
+    if (!isSanitizer(__builtin_return_address(0)) && fails(Pipe))
+        return -1;
+    return next<int (*)(int*, int)>("pipe2")(ends, flags);
+}
+int socket(int domain, int type, int protocol) noexcept {
+    return fails(Socket) ? -1 : next<int (*)(int, int, int)>("socket")(domain, type, protocol);
+}
+int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*start)(void*),
+                   void* argument) noexcept {
+    if (fails(Thread))
+        return errors[Thread];
+    return next<decltype(&pthread_create)>("pthread_create")(thread, attributes, start, argument);
+}
+}
