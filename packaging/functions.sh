@@ -30,8 +30,7 @@ pack_for_linux() {
 
     check_for_paths "$work/$name"
     write_bill "$version" "$work/$name/lib" "$packages"/*.deb "$packages"/*.tar.xz
-    (cd "$packages" && sha256sum -- * >SHA256SUMS)
-    (cd "$packages" && wc -c -- *.deb *.tar.xz *.json | sed '$d')
+    write_checksums
 }
 
 # A path of the machine that built them has no business in a package.
@@ -52,20 +51,17 @@ write_bill() {
         --tool g++ --tool cmake --tool qt6-base-dev-tools "$@" >"$packages/tolvix-installer-$version.spdx.json"
 }
 
-# A disk image with the bundle and a link to the applications folder beside it.
-pack_macos_bundle() {
-    local bundle=${1%/} name version
-    [ -f "$bundle/Contents/Info.plist" ] || { echo "package: $bundle is no bundle" >&2; return 1; }
-    file -b "$bundle/Contents/MacOS/$(python3 packaging/information.py "$bundle" CFBundleExecutable)" | grep -q Mach-O ||
-        { echo "package: $bundle holds no program for macOS" >&2; return 1; }
-    name=$(python3 packaging/information.py "$bundle" CFBundleName)
-    version=$(python3 packaging/information.py "$bundle" CFBundleShortVersionString)
-    rm -rf "$work/volume"
-    mkdir -p "$work/volume" "$packages"
-    cp -a "$bundle" "$work/volume/$name.app"
-    ln -s /Applications "$work/volume/Applications"
-    python3 tools/make_dmg.py "$work/volume" "$packages/tolvix-installer-$version-macos.dmg" --name "$name" \
-        --time "$SOURCE_DATE_EPOCH"
-    (cd "$packages" && sha256sum -- *.deb *.tar.xz *.json *.dmg 2>/dev/null >SHA256SUMS || true)
-    ls -l "$packages"/*.dmg
+pack_for_macos() {
+    mkdir -p "$packages"
+    python3 packaging/macos_image.py "$1" "$packages"
+    write_checksums
 }
+
+write_checksums() (
+    cd "$packages"
+    shopt -s nullglob
+    set -- *.deb *.tar.xz *.json *.dmg
+    # A Mac has the other command.
+    if command -v sha256sum >/dev/null; then sha256sum -- "$@"; else shasum -a 256 -- "$@"; fi >SHA256SUMS
+    wc -c -- "$@"
+)

@@ -10,7 +10,7 @@ from typing import Iterator, List, Sequence
 
 from . import btree
 from .errors import ImageError
-from .tree import FIRST_FREE_NUMBER, Entry, content
+from .tree import FIRST_FREE_NUMBER, ROOT_NUMBER, Entry, content, volume_name
 
 BLOCK_SIZE = 4096
 SECTOR_SIZE = 512
@@ -24,6 +24,10 @@ _UNMOUNTED_CLEANLY = 0x100
 _OWNER, _GROUP = 99, 99
 _LINK_TYPE = b"slnkrhap"
 _MAC_ROMAN = 1
+
+# A file of this name in the root is the volume's own icon, once the root's information for the Finder says so.
+VOLUME_ICON = ".VolumeIcon.icns"
+CUSTOM_ICON = struct.pack(">8xH22x", 0x0400)
 
 _FORK = struct.Struct(">QIIII56x")  # bytes, clump size, blocks, first extent
 _PERMISSIONS = struct.Struct(">IIBBHI")
@@ -110,9 +114,11 @@ class Volume:
     def _build_catalog(self, first_data_block: int) -> bytes:
         records: List[btree.Record] = []
         position = first_data_block
+        has_icon = any(entry.parent == ROOT_NUMBER and entry.name == volume_name(VOLUME_ICON) for entry in self._files)
         for entry in self._entries:
             if entry.is_folder:
-                data, thread = self._folder_record(entry), _FOLDER_THREAD
+                finder = CUSTOM_ICON if has_icon and entry.number == ROOT_NUMBER else b""
+                data, thread = self._folder_record(entry, finder), _FOLDER_THREAD
             else:
                 data, thread = self._file_record(entry, position), _FILE_THREAD
                 position += _blocks(entry.size)
@@ -124,10 +130,10 @@ class Volume:
         return btree.build_tree(records, btree.CATALOG)
 
     @staticmethod
-    def _folder_record(entry: Entry) -> bytes:
+    def _folder_record(entry: Entry, finder: bytes) -> bytes:
         times = (entry.time, entry.time, entry.time, entry.time, 0)
         return (struct.pack(">HHII5I", _FOLDER, _HAS_FOLDER_COUNT, entry.children, entry.number, *times)
-                + _permissions(entry) + struct.pack(">32xII", 0, entry.folders))
+                + _permissions(entry) + struct.pack(">32sII", finder, 0, entry.folders))
 
     @staticmethod
     def _file_record(entry: Entry, position: int) -> bytes:
