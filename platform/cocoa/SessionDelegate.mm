@@ -10,8 +10,9 @@
 
 namespace platform {
 
-void SessionTasks::add(NSUInteger task, std::unique_ptr<transfers::Sink> sink) {
+void SessionTasks::add(NSUInteger task, transfers::RequestKind kind, std::unique_ptr<transfers::Sink> sink) {
     const auto entry = std::make_shared<Entry>();
+    entry->kind = kind;
     entry->sink = std::move(sink);
     const std::lock_guard lock(mutex_);
     entries_[task] = entry;
@@ -43,15 +44,44 @@ std::string textOf(NSURL* url) {
     return fromNSString([url absoluteString]);
 }
 
-// Why a redirect may not be followed; nothing when it may.
-std::optional<TransferFailure> redirectFailure(SessionTasks::Entry& entry, long limit, NSURL* from, NSURL* to) {
+// The HTTP status, or 0.
+long statusOf(NSURLResponse* response) {
+    return [response isKindOfClass:[NSHTTPURLResponse class]]
+               ? static_cast<long>([static_cast<NSHTTPURLResponse*>(response) statusCode])
+               : 0;
+}
+
+void stop(SessionTasks::Entry& entry, const TransferFailure& failure) {
+    entry.stopped = true;
+    entry.failure = failure;
+}
+
+// Counts the header lines of an answer or a redirect, and stops the task when they are too many. The system has read
+// them by then, and tells nobody of those behind a body.
+void takeHeaders(SessionTasks::Entry& entry, std::size_t limit, NSURLResponse* response) {
+    NSDictionary* fields = [response isKindOfClass:[NSHTTPURLResponse class]]
+                               ? [static_cast<NSHTTPURLResponse*>(response) allHeaderFields]
+                               : nil;
+    const std::size_t separators = 4;
+    for (NSString* name in fields)
+        entry.headerBytes += fromNSString(name).size() + fromNSString([fields objectForKey:name]).size() + separators;
+    if (entry.headerBytes <= limit)
+        return;
+    if (entry.kind != transfers::RequestKind::Post)
+        return stop(entry, transfers::lengthFailure());
+    // Nobody reads the answer to a post.
+    entry.sink->respond(statusOf(response), [response expectedContentLength]);
+    entry.stopped = true;
+}
+
+// Stops the task where the redirect may not be followed.
+void checkRedirect(SessionTasks::Entry& entry, long limit, NSURL* from, NSURL* to) {
     const auto target = foundation::URL::withString(textOf(to));
     if (!target || transfers::webURLFailure(*target) ||
         (transfers::isSecure(textOf(from)) && !transfers::isSecure(textOf(to))))
-        return transfers::redirectFailure();
-    if (++entry.redirects > limit)
-        return transfers::redirectCountFailure();
-    return std::nullopt;
+        stop(entry, transfers::redirectFailure());
+    else if (++entry.redirects > limit)
+        stop(entry, transfers::redirectCountFailure());
 }
 
 // Why the task ended; nothing when its answer is complete or its sink wanted no more of it.
@@ -93,14 +123,11 @@ using platform::SessionTasks;
              completionHandler:(void (^)(NSURLRequest*))completionHandler {
     (void)session;
     const auto entry = (*tasks_)->find([task taskIdentifier]);
-    const auto failure =
-        entry ? platform::redirectFailure(*entry, (*tasks_)->redirectLimit(), [response URL], [request URL])
-              : std::nullopt;
-    if (failure) {
-        entry->failure = failure;
-        entry->stopped = true;
-    }
-    const bool goesOn = entry && !failure;
+    if (entry && !entry->stopped)
+        platform::takeHeaders(*entry, (*tasks_)->limits().headerBytes, response);
+    if (entry && !entry->stopped)
+        platform::checkRedirect(*entry, (*tasks_)->limits().redirects, [response URL], [request URL]);
+    const bool goesOn = entry && !entry->stopped;
     if (!goesOn)
         [task cancel];
     completionHandler(goesOn ? request : nil);
@@ -112,11 +139,10 @@ using platform::SessionTasks;
      completionHandler:(void (^)(NSURLSessionResponseDisposition))completionHandler {
     (void)session;
     const auto entry = (*tasks_)->find([task taskIdentifier]);
-    const long status = [response isKindOfClass:[NSHTTPURLResponse class]]
-                            ? static_cast<long>([static_cast<NSHTTPURLResponse*>(response) statusCode])
-                            : 0;
     if (entry && !entry->stopped)
-        entry->stopped = !entry->sink->respond(status, [response expectedContentLength]);
+        platform::takeHeaders(*entry, (*tasks_)->limits().headerBytes, response);
+    if (entry && !entry->stopped)
+        entry->stopped = !entry->sink->respond(platform::statusOf(response), [response expectedContentLength]);
     completionHandler(entry && !entry->stopped ? NSURLSessionResponseAllow : NSURLSessionResponseCancel);
 }
 

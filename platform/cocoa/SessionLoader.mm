@@ -46,7 +46,7 @@ NSURLRequest* makeRequest(const transfers::WebRequest& request) {
 } // namespace
 
 SessionLoader::SessionLoader(const transfers::TransferLimits& limits)
-    : tasks_(std::make_shared<SessionTasks>(limits.redirects)) {
+    : tasks_(std::make_shared<SessionTasks>(limits)) {
     @autoreleasepool {
         session_ = Retained<NSURLSession>(makeSession(limits, tasks_));
     }
@@ -69,7 +69,7 @@ void SessionLoader::load(transfers::WebRequest request, std::unique_ptr<transfer
             return;
         }
         NSURLSessionDataTask* task = [session_.get() dataTaskWithRequest:made];
-        tasks_->add([task taskIdentifier], std::move(sink));
+        tasks_->add([task taskIdentifier], request.kind, std::move(sink));
         [task resume];
     }
 }
