@@ -4,6 +4,7 @@
 #include <QString>
 
 #include <cstdlib>
+#include <mutex>
 #include <utility>
 
 namespace platform {
@@ -13,8 +14,11 @@ namespace {
 std::function<void()> lost;
 QtMessageHandler nextHandler = nullptr;
 
-// Called once: what the handler does may break as well.
+// Called once: what the handler does may break as well. On Wayland two threads notice it, and each would end the
+// process at once; the one that comes second is held here until the first has tidied up.
 void handle() {
+    static std::recursive_mutex mutex;
+    const std::lock_guard lock(mutex);
     if (const auto handler = std::exchange(lost, nullptr))
         handler();
 }
