@@ -9,12 +9,11 @@ import xml.etree.ElementTree
 from pathlib import Path
 from typing import Dict, Iterable
 
+from make_icns import KINDS as ICNS_SIZES, PNG, make_icns
+
 from .values import BrandError
 
-_PNG = b"\x89PNG\r\n\x1a\n"
 _LEAST = 256
-# Types of an icon file's members that hold a PNG, by its width.
-_ICNS_TYPES = {32: b"ic11", 64: b"ic12", 128: b"ic07", 256: b"ic08", 512: b"ic09", 1024: b"ic10"}
 
 
 def read_icon(path: Path) -> bytes:
@@ -23,7 +22,7 @@ def read_icon(path: Path) -> bytes:
         data = path.read_bytes()
     except OSError as error:
         raise BrandError(f"--icon: {path}: {error.strerror}") from None
-    if data.startswith(_PNG):
+    if data.startswith(PNG):
         return _wrapped(path, data)
     try:
         root = xml.etree.ElementTree.fromstring(data)
@@ -56,13 +55,11 @@ def pictures(icon: bytes, extents: Iterable[int]) -> Dict[int, bytes]:
 def _drawn(tool: str, icon: bytes, extent: int) -> bytes:
     done = subprocess.run([tool, "--width", str(extent), "--height", str(extent), "--keep-aspect-ratio", "--format", "png"],
                           input=icon, capture_output=True)
-    if done.returncode != 0 or not done.stdout.startswith(_PNG):
+    if done.returncode != 0 or not done.stdout.startswith(PNG):
         raise BrandError(f"--icon: it cannot be drawn: {done.stderr.decode(errors='replace').strip()}")
     return done.stdout
 
 
 def icns(icon: bytes) -> bytes:
     """The icon file of a macOS bundle."""
-    members = b"".join(_ICNS_TYPES[extent] + struct.pack(">I", len(data) + 8) + data
-                       for extent, data in pictures(icon, _ICNS_TYPES).items())
-    return b"icns" + struct.pack(">I", len(members) + 8) + members
+    return make_icns(pictures(icon, ICNS_SIZES).values())

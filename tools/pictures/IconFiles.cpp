@@ -20,12 +20,14 @@ bool renderFile(const QString& source, const QString& target, int extent) {
 
 bool IconFiles::render(const QDir& repository) {
     const QDir icons(repository.filePath("platform/qt/icons"));
+    const QDir macIcons(repository.filePath("platform/macos/icons"));
     bool done = true;
-    for (const int extent : {16, 24, 32, 48, 64, 128, 256}) {
+    for (const int extent : {16, 24, 32, 48, 64, 128, 256, 512, 1024}) {
         // The smallest have drawings of their own, whose edges lie between pixels.
         const QString source =
             extent < 32 ? QString("resources/icon-%1.svg").arg(extent) : QString("resources/icon.svg");
-        done &= renderFile(repository.filePath(source), icons.filePath(QString("icon-%1.png").arg(extent)), extent);
+        const QDir& folder = extent > 256 ? macIcons : icons;
+        done &= renderFile(repository.filePath(source), folder.filePath(QString("icon-%1.png").arg(extent)), extent);
     }
     constexpr int alertExtent = 48;
     for (const char* name : {"warning", "critical"}) {
