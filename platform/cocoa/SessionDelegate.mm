@@ -77,9 +77,10 @@ void takeHeaders(SessionTasks::Entry& entry, std::size_t limit, NSURLResponse* r
 // Stops the task where the redirect may not be followed.
 void checkRedirect(SessionTasks::Entry& entry, long limit, NSURL* from, NSURL* to) {
     const auto target = foundation::URL::withString(textOf(to));
-    if (!target || transfers::webURLFailure(*target) ||
-        (transfers::isSecure(textOf(from)) && !transfers::isSecure(textOf(to))))
+    if (!target || (transfers::isSecure(textOf(from)) && !transfers::isSecure(textOf(to))))
         stop(entry, transfers::redirectFailure());
+    else if (const auto failure = transfers::webURLFailure(*target))
+        stop(entry, *failure);
     else if (++entry.redirects > limit)
         stop(entry, transfers::redirectCountFailure());
 }

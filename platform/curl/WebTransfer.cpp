@@ -1,5 +1,9 @@
 #include "platform/curl/WebTransfer.h"
 
+#include "platform/transfers/SourceURL.h"
+
+#include <algorithm>
+#include <strings.h>
 #include <utility>
 
 namespace platform::curl {
@@ -9,6 +13,15 @@ using transfers::RequestKind;
 namespace {
 
 constexpr long downloadBufferSize = 512L * 1024;
+constexpr long firstRedirectStatus = 300;
+constexpr long lastRedirectStatus = 399;
+constexpr std::string_view locationName = "location:";
+
+std::string_view trimmed(std::string_view text) {
+    constexpr const char* blanks = " \t\r\n";
+    text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
+    return text.substr(0, text.find_last_not_of(blanks) + 1);
+}
 
 } // namespace
 
@@ -84,6 +97,8 @@ void WebTransfer::end(CURLcode result) {
 std::optional<transfers::TransferFailure> WebTransfer::failure(CURLcode result) const {
     if (result == CURLE_OK || stopped_)
         return std::nullopt;
+    if (refusal_)
+        return refusal_;
     return headerBytes_ > settings_->limits.headerBytes ? transfers::lengthFailure() : handle_->failure(result);
 }
 
@@ -100,10 +115,10 @@ bool WebTransfer::receive(std::string_view bytes) {
     return !stopped_;
 }
 
-bool WebTransfer::receiveHeader(std::size_t length) {
-    headerBytes_ += length;
+bool WebTransfer::receiveHeader(std::string_view line) {
+    headerBytes_ += line.size();
     if (headerBytes_ <= settings_->limits.headerBytes)
-        return true;
+        return mayFollow(line);
     // Nobody reads the answer to a post.
     if (request_.kind == RequestKind::Post) {
         respond();
@@ -112,12 +127,23 @@ bool WebTransfer::receiveHeader(std::size_t length) {
     return false;
 }
 
+// libcurl guesses a host for an address without one.
+bool WebTransfer::mayFollow(std::string_view headerLine) {
+    const long status = handle_->number(CURLINFO_RESPONSE_CODE);
+    const bool isRedirect = status >= firstRedirectStatus && status <= lastRedirectStatus;
+    if (!isRedirect || headerLine.size() < locationName.size() ||
+        ::strncasecmp(headerLine.data(), locationName.data(), locationName.size()) != 0)
+        return true;
+    refusal_ = transfers::redirectTargetFailure(std::string(trimmed(headerLine.substr(locationName.size()))));
+    return !refusal_;
+}
+
 std::size_t WebTransfer::bodyCame(char* bytes, std::size_t /*unit*/, std::size_t count, void* self) {
     return static_cast<WebTransfer*>(self)->receive({bytes, count}) ? count : 0;
 }
 
-std::size_t WebTransfer::headerCame(char* /*bytes*/, std::size_t /*unit*/, std::size_t count, void* self) {
-    return static_cast<WebTransfer*>(self)->receiveHeader(count) ? count : 0;
+std::size_t WebTransfer::headerCame(char* bytes, std::size_t /*unit*/, std::size_t count, void* self) {
+    return static_cast<WebTransfer*>(self)->receiveHeader({bytes, count}) ? count : 0;
 }
 
 } // namespace platform::curl

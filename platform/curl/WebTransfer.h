@@ -36,7 +36,8 @@ private:
     std::optional<transfers::TransferFailure> failure(CURLcode result) const;
     bool respond();
     bool receive(std::string_view bytes);
-    bool receiveHeader(std::size_t length);
+    bool receiveHeader(std::string_view line);
+    bool mayFollow(std::string_view headerLine);
     static std::size_t bodyCame(char* bytes, std::size_t unit, std::size_t count, void* self);
     static std::size_t headerCame(char* bytes, std::size_t unit, std::size_t count, void* self);
     Clock::time_point silenceEnd();
@@ -48,6 +49,8 @@ private:
     std::optional<EasyHandle> handle_;
     std::size_t headerBytes_ = 0;
     bool responded_ = false;
+    // Why a redirect is not followed.
+    std::optional<transfers::TransferFailure> refusal_;
     // The sink wants no more.
     bool stopped_ = false;
     curl_off_t transferred_ = -1;

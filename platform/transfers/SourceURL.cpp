@@ -15,19 +15,25 @@ std::string lowerCase(std::string text) {
     return text;
 }
 
-// What stands between "//" and the path; nothing when there is no "//".
-std::optional<std::string> authority(const foundation::URL& url) {
-    const std::string& text = url.absoluteString();
-    const std::size_t begin = url.scheme().size() + 1;
-    if (text.compare(begin, 2, "//") != 0)
+// Of an address without its scheme: what stands between "//" and the path; nothing when there is no "//".
+std::optional<std::string> authority(const std::string& rest) {
+    if (rest.compare(0, 2, "//") != 0)
         return std::nullopt;
-    return text.substr(begin + 2, text.find_first_of("/?#", begin + 2) - begin - 2);
+    return rest.substr(2, rest.find_first_of("/?#", 2) - 2);
 }
 
-bool hasHost(const foundation::URL& url) {
-    const std::string text = authority(url).value_or("");
+std::string withoutScheme(const foundation::URL& url) {
+    return url.absoluteString().substr(url.scheme().size() + 1);
+}
+
+bool hasHost(const std::string& rest) {
+    const std::string text = authority(rest).value_or("");
     const std::size_t host = text.rfind('@') + 1;
     return host < text.size() && text[host] != ':';
+}
+
+TransferFailure noHostFailure() {
+    return {URLErrorCode::badURL, "The address is not valid: it names no server.", {}};
 }
 
 } // namespace
@@ -40,9 +46,15 @@ std::optional<TransferFailure> webURLFailure(const foundation::URL& url) {
     const std::string scheme = lowerCase(url.scheme());
     if (scheme != "http" && scheme != "https")
         return TransferFailure{URLErrorCode::unsupportedURL, "Addresses of this kind are not supported.", {}};
-    if (!hasHost(url))
-        return TransferFailure{URLErrorCode::badURL, "The address is not valid: it names no server.", {}};
-    return std::nullopt;
+    return hasHost(withoutScheme(url)) ? std::nullopt : std::optional(noHostFailure());
+}
+
+std::optional<TransferFailure> redirectTargetFailure(const std::string& location) {
+    const std::string scheme = lowerCase(location.substr(0, location.find_first_of(":/?#")));
+    const bool hasScheme = location.compare(scheme.size(), 1, ":") == 0;
+    const bool isWeb = hasScheme ? scheme == "http" || scheme == "https" : location.compare(0, 2, "//") == 0;
+    const std::string rest = hasScheme ? location.substr(scheme.size() + 1) : location;
+    return isWeb && !hasHost(rest) ? std::optional(noHostFailure()) : std::nullopt;
 }
 
 bool isSecure(const std::string& url) {
@@ -50,7 +62,7 @@ bool isSecure(const std::string& url) {
 }
 
 std::optional<std::string> localPath(const foundation::URL& url) {
-    const std::string host = lowerCase(authority(url).value_or(""));
+    const std::string host = lowerCase(authority(withoutScheme(url)).value_or(""));
     if (!host.empty() && host != "localhost")
         return std::nullopt;
     return url.path();

@@ -13,6 +13,10 @@ bool isFileURL(const foundation::URL& url);
 // Why the URL cannot be asked for over the web: another scheme, or no host. Nothing when it can.
 std::optional<TransferFailure> webURLFailure(const foundation::URL& url);
 
+// Why a redirect to that address must not be followed: it is one of the web and names no host. Other reasons are the
+// loader's to see, and an address relative to the last one has none.
+std::optional<TransferFailure> redirectTargetFailure(const std::string& location);
+
 // Whether what is sent to and comes from the URL is encrypted.
 bool isSecure(const std::string& url);
 

@@ -93,6 +93,9 @@ TEST_F(DownloadTest, FailsWithTheFittingCodeAndLeavesNoFile) {
             {redirectTo("/file"), failure(Code::tooManyRedirects)},
             {redirectTo("file:///etc/hostname"), failure(Code::unsupportedURL)},
             {redirectTo("ftp://127.0.0.1/x"), failure(Code::unsupportedURL)},
+            {redirectTo("http:///127.0.0.1/x"), failure(Code::badURL)},
+            {redirectTo("///127.0.0.1/x"), failure(Code::badURL)},
+            {redirectTo("HTTP:/127.0.0.1/x"), failure(Code::badURL)},
         };
         for (const auto& [answer, messages] : answers) {
             SCOPED_TRACE(answer.bytes);
