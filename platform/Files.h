@@ -91,8 +91,9 @@ public:
     // Removes an item and all below it; a link itself, never its target; never crosses into another volume.
     virtual bool removeItem(const std::string& path, ErrorOut error = nullptr) = 0;
 
-    // Removes a folder that this program made for its own work, with everything in it. Refuses whatever cannot be one:
-    // a path that is not absolute or has an empty, "." or ".." part, a link, another user's folder, a mount point, and
+    // Removes a folder that this program made for its own work, with everything in it. Of a large one nothing is left
+    // at that path, and the rest goes at the program's end. Refuses whatever cannot be one: a path that is not absolute
+    // or has an empty, "." or ".." part, a link, another user's folder, a mount point, and
     // "/", the home, the applications folder, the temporary folder and all folders above these.
     virtual bool removePrivateFolder(const std::string& path) = 0;
 

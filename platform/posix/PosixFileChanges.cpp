@@ -1,8 +1,8 @@
 #include "platform/posix/PosixFileChanges.h"
 
+#include "foundation/PathString.h"
 #include "platform/posix/FileFailure.h"
 #include "platform/posix/ForsakenFolders.h"
-#include "platform/posix/ItemPlace.h"
 #include "platform/posix/SystemCalls.h"
 #include "platform/posix/TreeCopy.h"
 #include "platform/posix/TreeRemoval.h"
@@ -62,8 +62,8 @@ bool isThere(const MadeFolder& folder) {
 
 } // namespace
 
-PosixFileChanges::PosixFileChanges(ProtectedPaths paths)
-    : temporaryRoot_(paths.temporaryRoot),
+PosixFileChanges::PosixFileChanges(ProtectedPaths paths, std::chrono::milliseconds patience)
+    : temporaryRoot_(paths.temporaryRoot), patience_(patience),
       protected_({std::move(paths.home), std::move(paths.applications), std::move(paths.temporaryRoot)}) {}
 
 bool PosixFileChanges::createDirectory(const std::string& path, ErrorOut error) {
@@ -112,8 +112,10 @@ bool PosixFileChanges::removePrivateFolder(const std::string& path) {
         "remove", nullptr,
         [&] {
             ProtectedFolders::requirePlainPath(path);
-            removeFolder(
-                ItemPlace::of(path, writing), [&](int folder) { protected_.requireRemovable(folder, path); });
+            const ItemPlace place = ItemPlace::of(path, writing);
+            const auto check = [&](int folder) { protected_.requireRemovable(folder, path); };
+            if (!removeFolder(place, check, std::chrono::steady_clock::now() + patience_) && !layAside(place))
+                removeFolder(place, check);
             forget(path);
         });
 }
@@ -144,6 +146,24 @@ void PosixFileChanges::remember(const MadeFolder& folder) {
 void PosixFileChanges::forget(const std::string& path) {
     const std::lock_guard lock(mutex_);
     std::erase_if(leftovers_, [&path](const Leftover& leftover) { return isAtOrBelow(leftover.folder.path, path); });
+}
+
+bool PosixFileChanges::layAside(const ItemPlace& place) {
+    const std::lock_guard lock(mutex_);
+    const auto found = std::find_if(leftovers_.begin(), leftovers_.end(), [&place](const Leftover& leftover) {
+        return leftover.folder.path == place.path && isThere(leftover.folder);
+    });
+    if (found == leftovers_.end())
+        return false;
+    std::string name = "0" + place.name;
+    const std::string parent = foundation::path::deletingLastPathComponent(place.path);
+    for (int failed = EEXIST; failed == EEXIST; name.insert(0, 1, '0')) {
+        const std::string path = foundation::path::appendingPathComponent(parent, name);
+        failed = renameUnique(place, ItemPlace::of(path, writing));
+        if (failed == 0)
+            found->folder.path = path;
+    }
+    return found->folder.path != place.path;
 }
 
 bool PosixFileChanges::removeLeftovers(const std::vector<std::string>& inUse) {

@@ -4,8 +4,10 @@
 #include "platform/posix/FileDescriptor.h"
 #include "platform/posix/FileIdentity.h"
 #include "platform/posix/FolderCreation.h"
+#include "platform/posix/ItemPlace.h"
 #include "platform/posix/ProtectedFolders.h"
 
+#include <chrono>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -22,7 +24,9 @@ struct ProtectedPaths {
 // Changes to files by descriptor, never through a link below the given paths.
 class PosixFileChanges : public FileChanges {
 public:
-    explicit PosixFileChanges(ProtectedPaths paths);
+    // A removal of a private folder that takes longer than `patience` is brought to its end by removeLeftovers: until
+    // then the rest bears another name that the next run knows for one of ours.
+    explicit PosixFileChanges(ProtectedPaths paths, std::chrono::milliseconds patience = std::chrono::milliseconds(50));
 
     bool createDirectory(const std::string& path, ErrorOut error = nullptr) override;
     bool copyItem(const std::string& from, const std::string& to, ErrorOut error = nullptr) override;
@@ -41,8 +45,10 @@ private:
     void remember(const MadeFolder& folder);
     void forget(const std::string& path);
     bool removeLeftover(const MadeFolder& folder) const;
+    bool layAside(const ItemPlace& place);
 
     std::string temporaryRoot_;
+    std::chrono::milliseconds patience_;
     ProtectedFolders protected_;
     // Held while folders are made, so that none appears behind the back of the last removal.
     std::mutex creation_;

@@ -49,8 +49,12 @@ FileDescriptor openUp(const FileDescriptor& place, const std::string& path) {
     return folder;
 }
 
+struct TimeIsOver {};
+
 class Removal : public FolderVisitor {
 public:
+    explicit Removal(RemovalLimit limit) : limit_(limit) {}
+
     std::vector<std::string> enterFolder(FolderCursor& at) override {
         std::vector<FolderEntry> entries;
         if (!listFolder(at.descriptor(), entries) && errno != ENOENT)
@@ -60,7 +64,7 @@ public:
             if (entry.type == S_IFDIR)
                 folders.push_back(std::move(entry.name));
             else
-                unlinkEntry(at.descriptor(), entry.name, 0, at.pathOf(entry.name));
+                removeEntry(at, entry.name, 0);
         return folders;
     }
 
@@ -71,8 +75,17 @@ public:
     }
 
     void leaveFolder(FolderCursor& parent, const std::string& name) override {
-        unlinkEntry(parent.descriptor(), name, AT_REMOVEDIR, parent.pathOf(name));
+        removeEntry(parent, name, AT_REMOVEDIR);
     }
+
+private:
+    void removeEntry(FolderCursor& at, const std::string& name, int flags) const {
+        if (limit_ && std::chrono::steady_clock::now() >= *limit_)
+            throw TimeIsOver();
+        unlinkEntry(at.descriptor(), name, flags, at.pathOf(name));
+    }
+
+    const RemovalLimit limit_;
 };
 
 } // namespace
@@ -82,7 +95,7 @@ void requireChangeableFolder(const ItemPlace& place) {
         throwErrno(writing, place.path);
 }
 
-void removeFolder(const ItemPlace& place, const std::function<void(int folder)>& check) {
+bool removeFolder(const ItemPlace& place, const std::function<void(int folder)>& check, RemovalLimit limit) {
     if (isDots(place.name))
         throw FileFailure{writing, place.path, EINVAL, {}};
     struct stat parent {};
@@ -95,11 +108,16 @@ void removeFolder(const ItemPlace& place, const std::function<void(int folder)>&
     requireChangeableFolder(place);
     FileDescriptor root = openUp(folder, place.path);
     if (!root.isOpen())
-        return;
+        return true;
     FolderCursor at(std::move(root), place.path, writing);
-    Removal removal;
-    walkTree(at, removal);
+    Removal removal(limit);
+    try {
+        walkTree(at, removal);
+    } catch (const TimeIsOver&) {
+        return false;
+    }
     unlinkEntry(place.folder.get(), place.name, AT_REMOVEDIR, place.path);
+    return true;
 }
 
 void removeIfSame(const ItemPlace& place, const FileIdentity& identity) {

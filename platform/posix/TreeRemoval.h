@@ -2,7 +2,9 @@
 
 #include "platform/posix/ItemPlace.h"
 
+#include <chrono>
 #include <functional>
+#include <optional>
 
 namespace platform {
 
@@ -11,8 +13,11 @@ namespace platform {
 // a folder where another volume begins. What somebody else removes meanwhile is no failure.
 void removeItem(const ItemPlace& place);
 
-// The same for a folder, once the check of the opened folder has not thrown.
-void removeFolder(const ItemPlace& place, const std::function<void(int folder)>& check);
+using RemovalLimit = std::optional<std::chrono::steady_clock::time_point>;
+
+// The same for a folder, once the check of the opened folder has not thrown. False when the time was over before the
+// end: then a part of it is left.
+bool removeFolder(const ItemPlace& place, const std::function<void(int folder)>& check, RemovalLimit limit = {});
 
 // Removes the item only if it is still that one. What took its place is left, and no failure.
 void removeIfSame(const ItemPlace& place, const FileIdentity& identity);

@@ -189,6 +189,29 @@ TEST_F(PosixFiles, LeftoversAreTheFoldersThatWereMadeHere) {
     EXPECT_TRUE(changes.removeLeftovers());
 }
 
+TEST_F(PosixFiles, ALargeRemovalHoldsNobodyAndIsDoneAtTheEnd) {
+    platform::PosixFileChanges changes({{}, {}, at("tmp/")}, std::chrono::milliseconds(0));
+    const std::string own = at("tmp/700000000000.tolvix");
+    folder_.write("tmp/0700000000000.tolvix/file", "x");
+    ASSERT_TRUE(changes.createDirectory(own));
+    folder_.write("tmp/700000000000.tolvix/deep/file", "x");
+    EXPECT_TRUE(changes.removePrivateFolder(own));
+    EXPECT_FALSE(changes.removePrivateFolder(own));
+    EXPECT_FALSE(fs::exists(own)) << "another message about the same failure would find it again";
+    const std::string aside = "tmp/00700000000000.tolvix";
+    EXPECT_TRUE(fs::exists(at(aside + "/deep/file")));
+    platform::removeForsakenFolders(
+        at("tmp"), [](const std::string& /*path*/) { return false; }, std::chrono::seconds(0));
+    EXPECT_TRUE(fs::exists(at(aside))) << "it is not forsaken yet";
+    EXPECT_FALSE(fs::exists(at("tmp/0700000000000.tolvix")));
+    EXPECT_TRUE(changes.removeLeftovers());
+    EXPECT_FALSE(fs::exists(at(aside)));
+
+    folder_.write("tmp/700000000000.tolvix/file", "x");
+    EXPECT_TRUE(changes.removePrivateFolder(own)) << "one that this run did not make";
+    EXPECT_EQ(fs::directory_iterator(at("tmp")), fs::directory_iterator());
+}
+
 TEST_F(PosixFiles, LeftoversGoAlthoughOthersAreAtWorkInThem) {
     for (int index = 0; index < 300; ++index)
         folder_.write("tree/" + std::to_string(index % 20) + "/f" + std::to_string(index), "x");
