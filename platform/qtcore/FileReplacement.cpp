@@ -3,10 +3,11 @@
 #include "platform/linux/PathFacts.h"
 #include "platform/posix/FileDescriptor.h"
 
-#include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <string_view>
+#include <thread>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -16,6 +17,8 @@
 namespace platform {
 
 namespace {
+
+using namespace std::chrono_literals;
 
 // Plain system calls alone, for a child that was forked while other threads held their locks.
 void replace(const char* path, const char* newPath, std::string_view bytes) {
@@ -28,6 +31,13 @@ void replace(const char* path, const char* newPath, std::string_view bytes) {
         ::unlink(newPath);
 }
 
+// A file system that answers no more must not hold the program; what is under way there ends without it.
+void awaitEnd(pid_t child) {
+    const auto limit = std::chrono::steady_clock::now() + 10s;
+    while (::waitpid(child, nullptr, WNOHANG) == 0 && std::chrono::steady_clock::now() < limit)
+        std::this_thread::sleep_for(100us);
+}
+
 } // namespace
 
 bool replaceFile(const std::string& path, const std::string& bytes) {
@@ -37,7 +47,7 @@ bool replaceFile(const std::string& path, const std::string& bytes) {
     sigset_t before{};
     ::sigfillset(&all);
     ::pthread_sigmask(SIG_SETMASK, &all, &before);
-    const pid_t child = ::_Fork();
+    const pid_t child = ::fork();
     if (child == 0)
         ::setsid();
     // Where there can be no child, this process must do.
@@ -46,8 +56,8 @@ bool replaceFile(const std::string& path, const std::string& bytes) {
     if (child == 0)
         ::_exit(EXIT_SUCCESS);
     ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    while (child > 0 && ::waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
-    }
+    if (child > 0)
+        awaitEnd(child);
     return readRegularFile(path, bytes.size() + 1) == bytes;
 }
 

@@ -163,9 +163,6 @@ TEST(QtPreferencesTest, keepsWhatOtherProgramsStoreMeanwhile) {
 }
 
 TEST(QtPreferencesTest, firstRunsAtOnceAgree) {
-#ifdef __SANITIZE_THREAD__
-    GTEST_SKIP() << "this sanitizer can hang in a process that was forked beside others";
-#endif
     const TestFolder folder;
     std::vector<std::string> values(8);
     std::vector<std::thread> runs;
