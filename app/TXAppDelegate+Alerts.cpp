@@ -33,6 +33,9 @@ platform::TerminateReply TXAppDelegate::applicationShouldTerminate() {
                       (installController && installController->installInProgress());
     if (!busy)
         return platform::TerminateReply::Now;
+    // The product is there and about to run: nothing is left to ask, and the program ends by itself in a moment.
+    if (installController && installController->isLaunching())
+        return platform::TerminateReply::Cancel;
     _quitQuestion = beginSheet(InstallerAlerts::quitWhileBusy(), &TXAppDelegate::terminateAlertDidEnd);
     return platform::TerminateReply::Later;
 }

@@ -78,6 +78,8 @@ public:
     virtual void startInstallArchiveAtURL(const foundation::URL& url) = 0;
     virtual void abortInstallArchive() = 0;
     virtual bool installInProgress() const = 0;
+    // Whether the product is in place and being started: the stage ends by itself in a moment.
+    virtual bool isLaunching() const { return false; }
 };
 
 // Makes a stage with its delegate, once per run.

@@ -87,6 +87,8 @@ void TXInstallController::startCopy() {
                         installerError(fileMissing, "Couldn't find file at path: %@", source));
     }
     const std::string destination = Deployment::applicationPath();
+    // From the removal of the old product until the new one stands there, no quit may leave neither.
+    const auto delay = system.application->delayEnd();
     // Deliberate: the old product goes first, so a copy that fails afterwards leaves none there. A dangling link in its
     // place is an item too.
     if (system.fileQueries->attributesOfItem(destination))
@@ -111,6 +113,7 @@ void TXInstallController::closeRunningProduct() {
 }
 
 void TXInstallController::copyFinished() {
+    _launching = true;
     if (!platform::performInBackground(shared_from_this(), [](TXInstallController& self) { self.startLaunch(); }))
         launchFailed(platform::noThreadError());
 }
@@ -151,6 +154,7 @@ void TXInstallController::launchFinished() {
 
 void TXInstallController::endInstallation() {
     _installInProgress = false;
+    _launching = false;
     removeTmpDirectoryForDownload();
 }
 

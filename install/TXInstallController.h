@@ -20,6 +20,7 @@ public:
     void startInstallArchiveAtURL(const foundation::URL& url) override;
     void abortInstallArchive() override;
     bool installInProgress() const override;
+    bool isLaunching() const override { return _launching; }
 
     const std::shared_ptr<TXInstallControllerDelegate>& delegate() const { return _delegate; }
     void setDelegate(std::shared_ptr<TXInstallControllerDelegate> newDelegate) { _delegate = std::move(newDelegate); }
@@ -55,6 +56,7 @@ private:
     static void closeRunningProduct();
 
     bool _installInProgress = false;
+    bool _launching = false;
     std::shared_ptr<TXInstallControllerDelegate> _delegate;
     std::optional<foundation::URL> _localURL;
     std::optional<std::string> _extractedPath;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 namespace platform {
 
 // An application delegate's answer to a quit request.
@@ -18,7 +20,7 @@ public:
     virtual void showHelp() = 0;
 };
 
-// The running application. Main thread.
+// The running application. Main thread, unless said otherwise.
 class Application {
 public:
     virtual ~Application() = default;
@@ -29,6 +31,10 @@ public:
 
     // Ends the state that the answer Later began: the program ends, or goes on.
     virtual void replyToApplicationShouldTerminate(bool shouldTerminate) = 0;
+
+    // Until the result is dropped, the process stays although the application has quit, for a minute at most: for work
+    // on another thread that must not be left half done. Any thread.
+    virtual std::shared_ptr<void> delayEnd() { return nullptr; }
 };
 
 } // namespace platform

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Application.h"
+#include "platform/EndDelay.h"
 #include "platform/cocoa/Step.h"
 
 #import <AppKit/AppKit.h>
@@ -39,6 +40,10 @@ public:
 
     void terminate() override;
     void replyToApplicationShouldTerminate(bool shouldTerminate) override;
+    std::shared_ptr<void> delayEnd() override { return endDelay_.begin(); }
+
+    // Waits until nothing delays the end of the process, as System::end has to.
+    void awaitEnd() { endDelay_.end(); }
 
     // What the system tells the application, by its object for that.
     void didFinishLaunching();
@@ -55,6 +60,7 @@ private:
     Retained<TXApplicationMessages> messages_;
     Retained<NSObject> activity_;
     ApplicationDelegate* delegate_ = nullptr;
+    EndDelay endDelay_;
     std::function<void()> end_;
     // The delegate's answer was Later, and its reply is still to come.
     bool replyPending_ = false;

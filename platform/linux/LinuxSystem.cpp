@@ -94,6 +94,7 @@ public:
     }
 
     [[noreturn]] void end(int status) override {
+        application_.awaitEnd();
         fileChanges_.removeLeftovers(authorization_.pathsInUse());
         processInfo_.removeEmptyTemporaryFolder();
         TerminalOutput::shared().flush(500ms);

@@ -48,6 +48,7 @@ public:
     }
 
     [[noreturn]] void end(int status) override {
+        application_.awaitEnd();
         fileChanges_.removeLeftovers();
         std::_Exit(status);
     }

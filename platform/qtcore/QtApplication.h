@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Application.h"
+#include "platform/EndDelay.h"
 
 #include <QObject>
 
@@ -17,6 +18,10 @@ public:
 
     void terminate() override;
     void replyToApplicationShouldTerminate(bool shouldTerminate) override;
+    std::shared_ptr<void> delayEnd() override { return endDelay_.begin(); }
+
+    // Waits until nothing delays the end of the process, as System::end has to.
+    void awaitEnd() { endDelay_.end(); }
 
 private:
     void post(void (QtApplication::*step)());
@@ -25,6 +30,7 @@ private:
     void end();
 
     ApplicationDelegate* delegate_ = nullptr;
+    EndDelay endDelay_;
     // Steps that are still posted when this object goes are dropped with it.
     QObject context_;
     bool running_ = false;

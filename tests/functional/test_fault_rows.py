@@ -22,6 +22,14 @@ def content(url='"https://{host}/Tolvix.dmg"', version='"5"', code="200"):
     return prepare
 
 
+def padded_answer(length):
+    """A preparation: a good answer of that many bytes."""
+    def prepare(case, start):
+        content()(case, start)
+        case.services.binaries.body = case.services.binaries.body.ljust(length)
+    return prepare
+
+
 def volume(change):
     """A preparation: the image is made of a volume with the sample product, changed by this."""
     def prepare(case, _):
@@ -131,7 +139,10 @@ class CheckRows(FaultRows):
             Row("redirect to http", faults("binaries", redirects=1, redirect_to="http"), "check", NO_REASON),
             Row("redirect to a file", faults("binaries", redirects=1, redirect_to="file:///etc/hostname"), "check",
                 NO_REASON),
+            Row("redirect without a host", faults("binaries", redirects=1, redirect_to="https:///x"), "check", NO_REASON),
             Row("slow start", faults("binaries", delay=0.3), "installed"),
+            Row("as long as an answer may be", padded_answer(4 << 20), "installed"),
+            Row("a byte longer", padded_answer((4 << 20) + 1), "check", NO_REASON),
             Row("no host", in_sandbox(lambda trial: trial.set_information(TXBinariesHost="")), "check", NO_REASON),
             Row("host missing", in_sandbox(lambda trial: trial.set_information(TXBinariesHost=None)), "check", NO_REASON),
             Row("host with a blank", in_sandbox(lambda trial: trial.set_information(TXBinariesHost="a b")), "check",
@@ -157,6 +168,8 @@ class DownloadRows(FaultRows):
             Row("redirect to http", faults("image", redirects=1, redirect_to="http"), "download", "Code=-1002"),
             Row("redirect to a file", faults("image", redirects=1, redirect_to="file:///etc/hostname"), "download",
                 "Code=-1002"),
+            Row("redirect without a host", faults("image", redirects=1, redirect_to="https:///x"), "download",
+                "Code=-1000"),
         ])
 
     def test_addresses(self):

@@ -24,6 +24,15 @@ public:
             ended = ended || shouldTerminate;
     }
 
+    std::shared_ptr<void> delayEnd() override {
+        const auto delay = std::make_shared<int>();
+        delay_ = delay;
+        return delay;
+    }
+
+    // Whether somebody delays the end.
+    bool isDelayed() const { return !delay_.expired(); }
+
     platform::ApplicationDelegate* delegate = nullptr;
     int requests = 0;
     std::vector<bool> replies;
@@ -43,4 +52,5 @@ private:
 
     FakeThreads& threads_;
     bool pondering_ = false;
+    std::weak_ptr<void> delay_;
 };

@@ -17,12 +17,12 @@ public:
     }
 
     bool launchApplication(const std::string& path) override {
-        requests.push_back("launch " + path);
+        request("launch " + path);
         return launchSucceeds;
     }
 
     bool selectFile(const std::string& path, const std::string& root) override {
-        requests.push_back("reveal " + path + " in '" + root + "'");
+        request("reveal " + path + " in '" + root + "'");
         return revealSucceeds;
     }
 
@@ -40,9 +40,7 @@ public:
     }
 
     void terminate(const platform::RunningApplication& application) override {
-        requests.push_back("terminate " + std::to_string(application.processId));
-        if (observer)
-            observer(requests.back());
+        request("terminate " + std::to_string(application.processId));
         if (refusals-- > 0)
             return;
         std::erase_if(running, [&](const auto& one) { return one.processId == application.processId; });
@@ -52,12 +50,18 @@ public:
     std::vector<std::string> requests;
     std::vector<platform::RunningApplication> running;
     std::string runningIdentifier = "example.tolvix.desktop";
-    std::function<void(const std::string& request)> observer; // sees each request to quit
+    std::function<void(const std::string& request)> observer; // sees each request
     int refusals = 0;                                         // how many requests to quit come to nothing
     bool launchSucceeds = true;
     bool revealSucceeds = true;
     std::set<std::string> indestructible;
 
 private:
+    void request(const std::string& text) {
+        requests.push_back(text);
+        if (observer)
+            observer(text);
+    }
+
     FakeFiles& files_;
 };

@@ -215,9 +215,12 @@ TEST_F(FlowTest, TheRealStagesInstallFromEndToEnd) {
     launchRealStages();
     ASSERT_EQ(system.transfers.downloads.size(), 1U);
     system.transfers.downloads[0]->finish();
+    // A request to quit while the product is being started.
+    system.workspace.observer = [this](const std::string& /*request*/) { system.application.terminate(); };
     system.threads.runAll();
     EXPECT_EQ(newSteps(), "23.01 23.11 23.12 23.21 23.22 23.31 23.32");
     EXPECT_FALSE(system.application.ended);
+    EXPECT_TRUE(system.application.replies.empty()) << "nothing is left to ask then";
     EXPECT_TRUE(quits());
     EXPECT_TRUE(system.files.has("/Applications/Tolvix.app/new"));
     EXPECT_EQ(system.workspace.requests, Texts{"launch /Applications/Tolvix.app"});

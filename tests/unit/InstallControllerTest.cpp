@@ -68,7 +68,10 @@ TEST_F(InstallControllerTest, ReplacesTheProductAndRemovesThePrivateFolderAlone)
 TEST_F(InstallControllerTest, RunningCopiesAloneAreClosedBeforeTheOldProductGoes) {
     system.workspace.running = {{7, 1}, {9, 2}};
     system.workspace.refusals = 2;
-    system.workspace.observer = [this](const std::string& request) { EXPECT_TRUE(holds("old")) << request; };
+    system.workspace.observer = [this](const std::string& request) {
+        EXPECT_TRUE(holds("old")) << request;
+        EXPECT_FALSE(system.application.isDelayed()) << "a product that refuses to quit holds the installer";
+    };
     EXPECT_EQ(install(), ended);
     const Texts requests{"terminate 7", "terminate 7", "terminate 7", "terminate 9"};
     EXPECT_EQ(system.workspace.requests, requests);
@@ -93,7 +96,11 @@ TEST_F(InstallControllerTest, MissingContentsAreReported) {
 // Deliberate in the program: the old product goes first, and only the second copy's reason is reported.
 TEST_F(InstallControllerTest, AFailedPlainCopyIsDoneAgainWithAuthenticationAndNothingMoreIsRemoved) {
     system.files.failAt(FakeFiles::Operation::Copy, source);
+    system.authorization.observer = [this](const std::string& command) {
+        EXPECT_TRUE(system.application.isDelayed()) << "a quit could come between the commands: " << command;
+    };
     EXPECT_EQ(install(), ended);
+    EXPECT_FALSE(system.application.isDelayed());
     EXPECT_TRUE(holds("new"));
     EXPECT_EQ(system.authorization.commands, (Texts{"/bin/rm -rf " + product, "/bin/mv -f " + source + " " + product,
                                                     "/usr/sbin/chown -R 501:20 " + product}));
