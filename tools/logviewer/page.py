@@ -35,7 +35,7 @@ def _parts(found: Sequence[Installation]) -> Iterator[str]:
     runs = sum(len(one.runs) for one in found)
     yield ('<!DOCTYPE html>\n<html lang="en">\n<head>\n<meta charset="utf-8">\n<title>Installations</title>\n'
            f"<style>{_STYLE}</style>\n</head>\n<body>\n<h1>Installations</h1>\n"
-           f"<p>{len(found)} installations, {runs} runs</p>")
+           f"<p>installations: {len(found)}, runs: {runs}</p>")
     yield funnel_svg(counts(found))
     for name, attribute in GROUPINGS:
         yield f"<h2>By {name}</h2>\n<table>\n<tr><th>{name}</th>"

@@ -44,7 +44,7 @@ def runs_text(found: Sequence[Installation]) -> Iterator[str]:
 def funnel_text(found: Sequence[Installation]) -> Iterator[str]:
     """How many installations reached each step, over all and by group."""
     runs = sum(len(one.runs) for one in found)
-    yield f"{len(found)} installations, {runs} runs"
+    yield f"installations: {len(found)}, runs: {runs}"
     for title, rows in [("", [("all", counts(found))]), *((f"by {name}", grouped(found, attribute))
                                                           for name, attribute in GROUPINGS)]:
         shown = [(visible(value), reached) for value, reached in rows]
