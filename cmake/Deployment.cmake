@@ -8,7 +8,7 @@ set(TXStoreIdentifier "1000000000" CACHE STRING "The product's identifier in the
 set(TXProductBundleIdentifier "example.tolvix.desktop" CACHE STRING "Bundle identifier of the product")
 set(TXAgentPreferencesDomain "example.tolvix.agent" CACHE STRING "Preference domain of the product's agent")
 set(TXPartnerName "" CACHE STRING "Partner that the installer is built for; empty for none")
-set(TXPlatformRoot "/" CACHE STRING "Folder that takes the place of / for the applications folder (Linux)")
+set(TXPlatformRoot "/" CACHE STRING "Folder that takes the place of / for the applications folder")
 set(CFBundleIdentifier "example.tolvix.installer" CACHE STRING "Bundle identifier of the installer")
 set(CFBundleName "Tolvix Installer" CACHE STRING "Name of the installer's bundle")
 set(CFBundleShortVersionString "" CACHE STRING "Marketing version of the installer; empty for the project's")

@@ -9,7 +9,7 @@ import signal
 import subprocess
 import tempfile
 from pathlib import Path
-from typing import Dict, List, Optional
+from typing import Dict, Iterator, List, Optional, Tuple
 
 REPOSITORY = Path(__file__).resolve().parent.parent
 BUNDLE = REPOSITORY / "build" / "release" / "Tolvix Installer.app"
@@ -18,6 +18,20 @@ BUNDLE = REPOSITORY / "build" / "release" / "Tolvix Installer.app"
 _URL_PATH = re.compile(r"[A-Za-z0-9!$&'()*+,./:=@_~-]+")
 _FOREIGN_VARIABLES = ("http_proxy", "https_proxy", "all_proxy", "no_proxy", "LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG",
                       "SSL_CERT_FILE", "TMPDIR", "HOME", "XDG_CONFIG_HOME", "DISPLAY", "WAYLAND_DISPLAY")
+
+
+def _command_lines() -> Iterator[Tuple[int, List[str]]]:
+    """Each other process and its words; a Mac tells them apart by blanks only."""
+    if not Path("/proc/self").exists():
+        for line in subprocess.run(["ps", "-axo", "pid=,args="], capture_output=True, text=True).stdout.splitlines():
+            yield int(line.split()[0]), line.split()[1:]
+        return
+    for entry in Path("/proc").iterdir():
+        if entry.name.isdigit() and int(entry.name) != os.getpid():
+            try:
+                yield int(entry.name), os.fsdecode((entry / "cmdline").read_bytes()).split("\0")
+            except OSError:
+                continue  # it has ended
 
 
 class Trial:
@@ -102,18 +116,8 @@ class Trial:
 
     def products(self) -> List[int]:
         """The processes that run the installed product's executable or script."""
-        marks = (str(self.root) + "/").encode()
-        found = []
-        for entry in Path("/proc").iterdir():
-            if not entry.name.isdigit() or int(entry.name) == os.getpid():
-                continue
-            try:
-                words = (entry / "cmdline").read_bytes().split(b"\0")
-            except OSError:
-                continue
-            if any(word.startswith(marks) for word in words[:2]):
-                found.append(int(entry.name))
-        return found
+        mark = str(self.root) + "/"
+        return [process for process, words in _command_lines() if any(word.startswith(mark) for word in words[:2])]
 
     def leftovers(self) -> List[str]:
         """What lies in the temporary folder."""
