@@ -54,8 +54,6 @@ public:
 private:
     void requestTermination();
     TerminateReply askDelegate();
-    // Begins with the request that came while none could be answered.
-    void askIfRequested();
 
     Retained<TXApplicationMessages> messages_;
     Retained<NSObject> activity_;
@@ -68,7 +66,7 @@ private:
     bool asking_ = false;
     std::optional<bool> replyWithinAnswer_;
     bool launched_ = false;
-    // A request that came before the launch was over, or while the reply was pending.
+    // A request that came before the launch was over.
     bool requestWaiting_ = false;
 };
 

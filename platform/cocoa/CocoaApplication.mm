@@ -108,9 +108,9 @@ void CocoaApplication::terminate() {
 }
 
 void CocoaApplication::requestTermination() {
-    if (replyPending_ || !launched_)
+    if (!launched_)
         requestWaiting_ = true;
-    else
+    else if (!replyPending_)
         [NSApp terminate:nil];
 }
 
@@ -119,17 +119,15 @@ void CocoaApplication::replyToApplicationShouldTerminate(bool shouldTerminate) {
         replyWithinAnswer_ = shouldTerminate;
         return;
     }
-    if (!std::exchange(replyPending_, false))
-        return;
-    [NSApp replyToApplicationShouldTerminate:shouldTerminate];
-    if (!shouldTerminate)
-        askIfRequested();
+    if (std::exchange(replyPending_, false))
+        [NSApp replyToApplicationShouldTerminate:shouldTerminate];
 }
 
 void CocoaApplication::didFinishLaunching() {
     launched_ = true;
     delegate_->applicationDidFinishLaunching();
-    askIfRequested();
+    if (std::exchange(requestWaiting_, false))
+        terminate();
 }
 
 // The system asks of its own accord when the person logs out, even while an answer is pending; one reply then answers
@@ -139,8 +137,6 @@ TerminateReply CocoaApplication::shouldTerminate() {
         return TerminateReply::Later;
     const TerminateReply answer = askDelegate();
     replyPending_ = answer == TerminateReply::Later;
-    if (answer == TerminateReply::Cancel)
-        askIfRequested();
     return answer;
 }
 
@@ -152,11 +148,6 @@ TerminateReply CocoaApplication::askDelegate() {
     if (answer != TerminateReply::Later || !replyWithinAnswer_)
         return answer;
     return *replyWithinAnswer_ ? TerminateReply::Now : TerminateReply::Cancel;
-}
-
-void CocoaApplication::askIfRequested() {
-    if (std::exchange(requestWaiting_, false))
-        terminate();
 }
 
 bool CocoaApplication::shouldTerminateAfterLastWindowClosed() {

@@ -1,44 +1,44 @@
 #include "platform/cocoa/CocoaBundles.h"
 #include "tests/cocoa/TestBundle.h"
+#include "tests/contract/BundlesContract.h"
 
-#include <gtest/gtest.h>
+#include <sys/stat.h>
 
-using foundation::Value;
-using platform::CocoaBundles;
-using tests::TestFolder;
+namespace tests {
 
-TEST(CocoaBundlesTest, readsTheMainBundle) {
-    const TestBundle bundle("<key>Text</key><string>Gr\xC3\xBC\xC3\x9F</string><key>Flag</key><true/>");
-    CocoaBundles bundles(bundle.path());
-    EXPECT_EQ(bundles.mainBundlePath(), bundle.path());
-    EXPECT_EQ(bundles.objectForInfoDictionaryKey("Text"), Value("Gr\xC3\xBC\xC3\x9F"));
-    EXPECT_EQ(bundles.objectForInfoDictionaryKey("Flag"), Value(true));
-    EXPECT_EQ(bundles.objectForInfoDictionaryKey("Missing"), std::nullopt);
-    EXPECT_EQ(bundles.localizedString("MAC_LAUNCHER_MENU_HELP", ""), "Tolvix Help");
-    EXPECT_EQ(bundles.localizedString("MISSING", "instead"), "instead");
-    EXPECT_EQ(bundles.localizedString("MISSING", ""), "MISSING");
-}
+namespace {
 
-TEST(CocoaBundlesTest, readsOtherBundlesAnewEachTime) {
-    const TestFolder folder;
-    CocoaBundles bundles(folder.path());
-    const std::string path = folder.path("Product.app");
-    EXPECT_EQ(bundles.bundleInformation(path), std::nullopt);
-    std::filesystem::create_directories(path + "/Contents");
-    EXPECT_EQ(bundles.bundleInformation(path), Value::Dictionary());
-    for (const std::string version : {"1", "2"}) {
-        std::ofstream(path + "/Contents/Info.plist") << "<?xml version=\"1.0\" encoding=\"UTF-8\"?><plist "
-                                                        "version=\"1.0\"><dict><key>CFBundleVersion</key><string>"
-                                                     << version << "</string></dict></plist>";
-        EXPECT_EQ(bundles.bundleInformation(path), (Value::Dictionary{{"CFBundleVersion", Value(version)}}));
+class CocoaWorld {
+public:
+    platform::Bundles& bundles() { return bundles_; }
+    std::string folder() const { return folder_.path(); }
+    std::string mainPath() const { return main_.path(); }
+    void addFile(const std::string& path) const { folder_.write(path.substr(folder().size() + 1), ""); }
+    void setVersion(const std::string& path, const std::string& version) const {
+        folder_.write(path.substr(folder().size() + 1) + "/Contents/Info.plist",
+                      "<?xml version=\"1.0\" encoding=\"UTF-8\"?><plist version=\"1.0\"><dict>"
+                      "<key>CFBundleVersion</key><string>" +
+                          version + "</string></dict></plist>");
     }
-    std::ofstream(path + "/Contents/Info.plist") << "no list";
-    EXPECT_EQ(bundles.bundleInformation(path), Value::Dictionary());
-    EXPECT_EQ(bundles.bundleInformation(path + "/Contents/Info.plist"), std::nullopt);
+
+private:
+    TestFolder folder_;
+    const TestBundle main_{
+        "<key>Text</key><string>y\xC3\xA9s</string><key>Flag</key><true/>", {"en"}, "\"KEY\" = \"y\xC3\xA9s\";"};
+    platform::CocoaBundles bundles_{main_.path()};
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Cocoa, BundlesContract, CocoaWorld);
+
+} // namespace
+
+TEST(CocoaBundlesTest, listsThatCannotBeReadGiveNoInformationAndAreNeverWaitedFor) {
+    const TestFolder folder;
+    platform::CocoaBundles bundles(folder.path());
+    folder.write("X.app/Contents/Info.plist", "no list");
+    ASSERT_EQ(::mkfifo(folder.path("Info.plist").c_str(), 0600), 0);
+    for (const std::string& path : {folder.path("X.app"), folder.path()})
+        EXPECT_EQ(bundles.bundleInformation(path), foundation::Value::Dictionary()) << path;
 }
 
-TEST(CocoaBundlesTest, doesNotWaitForAPipeInAListsPlace) {
-    const TestFolder folder;
-    ASSERT_EQ(::mkfifo(folder.path("Info.plist").c_str(), 0600), 0);
-    EXPECT_EQ(CocoaBundles(folder.path()).bundleInformation(folder.path()), Value::Dictionary());
-}
+} // namespace tests

@@ -10,7 +10,9 @@
 // reads.
 class TestBundle {
 public:
-    explicit TestBundle(const std::string& information, std::initializer_list<const char*> languages = {"en", "de"}) {
+    // `more` is added to each table.
+    explicit TestBundle(const std::string& information, std::initializer_list<const char*> languages = {"en", "de"},
+                        const std::string& more = {}) {
 #ifdef GNUSTEP
         const std::string resources = path() + "/Resources";
         const std::string plist = resources + "/Info-gnustep.plist";
@@ -22,7 +24,8 @@ public:
             std::filesystem::create_directories(resources + "/" + language + ".lproj");
             std::ifstream table(std::string(RESOURCES) + "/" + language + ".lproj/Localizable.strings");
             // GNUstep takes a table without a mark for one of another encoding.
-            std::ofstream(resources + "/" + language + ".lproj/Localizable.strings") << "\xEF\xBB\xBF" << table.rdbuf();
+            std::ofstream(resources + "/" + language + ".lproj/Localizable.strings")
+                << "\xEF\xBB\xBF" << table.rdbuf() << more;
         }
         std::ofstream(plist) << "<?xml version=\"1.0\" encoding=\"UTF-8\"?><plist version=\"1.0\"><dict>" << information
                              << "</dict></plist>";

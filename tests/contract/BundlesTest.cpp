@@ -1,6 +1,8 @@
 #include "platform/qtcore/QtBundles.h"
 
+#include "tests/contract/BundlesContract.h"
 #include "tests/contract/TestFolder.h"
+#include "tests/support/FakeBundles.h"
 
 #include <gtest/gtest.h>
 
@@ -49,8 +51,6 @@ TEST(Bundles, readsEveryKindOfValue) {
         {"list", Value(Value::Array{Value("a"), Value(Value::Dictionary{{"k", Value("v")}}), Value(Value::Array{})})},
         {"twice", Value("2")}};
     EXPECT_EQ(bundles.bundleInformation(folder.path("X.app")), expected);
-    EXPECT_EQ(bundles.objectForInfoDictionaryKey("text"), Value("  R&D é<x> "));
-    EXPECT_EQ(bundles.objectForInfoDictionaryKey("missing"), std::nullopt);
 }
 
 TEST(Bundles, unreadableListsGiveNoInformation) {
@@ -80,13 +80,11 @@ TEST(Bundles, unreadableListsGiveNoInformation) {
     }
 }
 
-TEST(Bundles, everyFolderIsABundleAndNothingElse) {
+TEST(Bundles, listsAreFoundInThreePlacesAndNeverWaitedFor) {
     const TestFolder folder;
     QtBundles bundles({"en"}, folder.path());
     std::filesystem::create_directories(folder.path("X/Contents"));
     std::filesystem::create_directory_symlink("X", folder.path("link"));
-    EXPECT_EQ(bundles.bundleInformation(folder.path("missing")), std::nullopt);
-    EXPECT_EQ(bundles.bundleInformation(folder.write("file", "")), std::nullopt);
     ASSERT_EQ(::mkfifo(folder.path("X/Contents/Info.plist").c_str(), 0600), 0);
     EXPECT_EQ(bundles.bundleInformation(folder.path("X")), Value::Dictionary()) << "and does not wait for a writer";
     std::filesystem::remove(folder.path("X/Contents/Info.plist"));
@@ -139,3 +137,60 @@ TEST_F(LocalizedTexts, skipTablesThatCannotBeRead) {
 }
 
 } // namespace
+
+namespace tests {
+
+namespace {
+
+class QtWorld {
+public:
+    QtWorld() {
+        folder_.write("Main.app/Contents/Info.plist",
+                      plist("<dict><key>Text</key><string>y\xC3\xA9s</string><key>Flag</key><true/></dict>"));
+        folder_.write("Main.app/Contents/Resources/en.lproj/Localizable.strings", "\"KEY\" = \"y\xC3\xA9s\";");
+    }
+
+    platform::Bundles& bundles() { return bundles_; }
+    std::string folder() const { return folder_.path(); }
+    std::string mainPath() const { return folder_.path("Main.app"); }
+    void addFile(const std::string& path) const { write(path, ""); }
+    void setVersion(const std::string& path, const std::string& version) const {
+        write(path + "/Contents/Info.plist",
+              plist("<dict><key>CFBundleVersion</key><string>" + version + "</string></dict>"));
+    }
+
+private:
+    void write(const std::string& path, const std::string& bytes) const {
+        folder_.write(path.substr(folder().size() + 1), bytes);
+    }
+
+    TestFolder folder_;
+    QtBundles bundles_{{"en"}, folder_.path("Main.app")};
+};
+
+class FakeWorld {
+public:
+    FakeWorld() {
+        bundles_.information = {{"Text", Value("y\xC3\xA9s")}, {"Flag", Value(true)}};
+        bundles_.table = {{"KEY", "y\xC3\xA9s"}};
+    }
+
+    platform::Bundles& bundles() { return bundles_; }
+    static std::string folder() { return "/folder"; }
+    std::string mainPath() const { return bundles_.path; }
+    void addFile(const std::string& path) { files_.addFile(path); }
+    void setVersion(const std::string& path, const std::string& version) {
+        bundles_.others[path] = {{"CFBundleVersion", Value(version)}};
+    }
+
+private:
+    FakeFiles files_;
+    FakeBundles bundles_{files_};
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Qt, BundlesContract, QtWorld);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, BundlesContract, FakeWorld);
+
+} // namespace
+
+} // namespace tests

@@ -1,5 +1,6 @@
 // What the real file services promise beyond the usual: traits, odd items, large trees, and other volumes.
 
+#include "platform/posix/FileFailure.h"
 #include "platform/posix/ForsakenFolders.h"
 #include "platform/posix/TreeRemoval.h"
 #include "platform/posix/UniqueRename.h"
@@ -15,6 +16,14 @@
 
 namespace fs = std::filesystem;
 using PosixFiles = tests::FilesTest;
+
+TEST_F(PosixFiles, ErrorsNameThePathAndTheSystemsReason) {
+    std::optional<foundation::Error> error;
+    EXPECT_FALSE(changes_.copyItem(at("missing"), at("new"), &error));
+    EXPECT_EQ(*error->userInfo.at("NSLocalizedDescription").string(),
+              "could not copy '" + at("missing") + "': No such file or directory");
+    EXPECT_EQ(error->userInfo.at(platform::posixErrorCodeKey).integerValue(), ENOENT);
+}
 
 TEST_F(PosixFiles, CopyKeepsTraitsButNoSetIdBits) {
     folder_.write("tree/sub/file", std::string(70000, 'x'));

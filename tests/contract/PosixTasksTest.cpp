@@ -1,8 +1,10 @@
-// Child processes: what they are given, how their output and status arrive, and how they end.
+// Child processes: what they are given, how they end, and everybody's contract over them and over the fake.
 
 #include "platform/posix/PosixTasks.h"
 #include "platform/posix/PosixRunLoop.h"
+#include "tests/contract/TasksContract.h"
 #include "tests/contract/TestFolder.h"
+#include "tests/support/FakeTasks.h"
 
 #include <gtest/gtest.h>
 
@@ -19,43 +21,9 @@
 
 using namespace std::chrono_literals;
 using platform::TaskDescription;
+using tests::RunningTask;
 
 namespace {
-
-// A task with pipes, and what has come of it so far.
-class RunningTask {
-public:
-    RunningTask(platform::Tasks& tasks, TaskDescription task) : tasks_(tasks), task_(std::move(task)) {
-        task_.standardInput = tasks_.makePipe();
-        task_.standardOutput = tasks_.makePipe();
-    }
-
-    // Starts reading and launches. Whether that worked.
-    bool launch() {
-        task_.standardOutput->readToEndInBackground(
-            loop_, [this](std::string bytes) { outputs.push_back(bytes); });
-        return tasks_.launch(task_, loop_, [this](int status) { statuses.push_back(status); });
-    }
-    // Runs the loop until the condition holds; a task that hangs ends by the time limit of the test run.
-    void runUntil(const std::function<bool()>& condition) const {
-        while (!condition())
-            loop_->runOnce(1s);
-    }
-    void runToTheEnd() const {
-        runUntil([this] { return !outputs.empty() && !statuses.empty(); });
-    }
-
-    platform::Pipe& input() const { return *task_.standardInput; }
-    platform::RunLoop& loop() const { return *loop_; }
-
-    std::vector<std::string> outputs;
-    std::vector<int> statuses;
-
-private:
-    platform::Tasks& tasks_;
-    std::shared_ptr<platform::RunLoop> loop_ = std::make_shared<platform::PosixRunLoop>();
-    TaskDescription task_;
-};
 
 class PosixTasks : public testing::Test {
 protected:
@@ -66,7 +34,9 @@ protected:
     }
 
     RunningTask task(std::vector<std::string> steps, std::optional<std::string> directory = std::nullopt) {
-        return {tasks_, {TASK_TEST_PROGRAM, std::move(steps), std::move(directory), nullptr, nullptr}};
+        return {tasks_,
+                std::make_shared<platform::PosixRunLoop>(),
+                {TASK_TEST_PROGRAM, std::move(steps), std::move(directory), nullptr, nullptr}};
     }
 
     // The output of a task that succeeds.
@@ -95,26 +65,6 @@ protected:
     tests::TestFolder folder_;
     platform::PosixTasks tasks_;
 };
-
-TEST_F(PosixTasks, OutputAndStatusArriveOnceEach) {
-    const struct {
-        std::vector<std::string> steps;
-        std::string output;
-        int status;
-    } rows[] = {{{"print", "some\nlines\n"}, "some\nlines\n", 0},
-                {{"exit", "255"}, "", 255},
-                {{"print", "out", "signal", "9"}, "out", SIGKILL},
-                {{"signal", "15"}, "", SIGTERM},
-                {{"signal", "13"}, "", SIGPIPE}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.status);
-        RunningTask running = task(row.steps);
-        ASSERT_TRUE(running.launch());
-        running.runToTheEnd();
-        EXPECT_EQ(running.outputs, std::vector<std::string>{row.output});
-        EXPECT_EQ(running.statuses, std::vector<int>{row.status});
-    }
-}
 
 // A failing tool closes its output a moment before its status can be had. Whoever waits no longer than this for it must
 // know it, however the two come in.
@@ -171,14 +121,13 @@ TEST_F(PosixTasks, WhatCannotBeStartedLeavesNothingBehind) {
     const std::string badScript = folder_.write("badScript", "#!/missing/interpreter\n", true);
     const auto expectRefusal = [this](const TaskDescription& description) {
         SCOPED_TRACE(description.path + ' ' + description.directory.value_or(""));
-        RunningTask running(tasks_, description);
+        RunningTask running(tasks_, std::make_shared<platform::PosixRunLoop>(), description);
         EXPECT_FALSE(running.launch());
         EXPECT_TRUE(running.statuses.empty());
         EXPECT_FALSE(tasks_.launchDetached(description));
         EXPECT_FALSE(tasks_.launch(description, nullptr, {}));
     };
-    for (const std::string& path :
-         {std::string("/missing/tool"), plain, noProgram, badScript, folder_.path(), std::string("sh"), std::string()})
+    for (const std::string& path : {plain, noProgram, badScript, folder_.path()})
         expectRefusal({path, {}, {}, nullptr, nullptr});
     for (const std::string& directory : {folder_.path("missing"), plain})
         expectRefusal({TASK_TEST_PROGRAM, {}, directory, nullptr, nullptr});
@@ -267,3 +216,47 @@ TEST_F(PosixTasks, RunLoopsEndTheirWait) {
 }
 
 } // namespace
+
+namespace tests {
+
+namespace {
+
+class PosixWorld {
+public:
+    platform::Tasks& tasks() { return tasks_; }
+    std::shared_ptr<platform::RunLoop> makeLoop() const { return std::make_shared<platform::PosixRunLoop>(); }
+    TaskDescription tool(const ToolOrder& order) const {
+        std::vector<std::string> steps{"print", order.output, order.bySignal ? "signal" : "exit",
+                                       std::to_string(order.status)};
+        if (order.waitsForEndOfInput)
+            steps.insert(steps.begin(), "waitForEndOfInput");
+        return {TASK_TEST_PROGRAM, steps, {}, nullptr, nullptr};
+    }
+
+private:
+    platform::PosixTasks tasks_;
+};
+
+class FakeWorld {
+public:
+    platform::Tasks& tasks() { return tasks_; }
+    std::shared_ptr<platform::RunLoop> makeLoop() { return std::make_shared<FakeRunLoop>(endlessWaits_); }
+    TaskDescription tool(const ToolOrder& order) {
+        FakeTool& tool = tasks_.tools["/bin/tool"];
+        tool.output = order.output;
+        tool.status = order.status;
+        tool.waitsForEndOfInput = order.waitsForEndOfInput;
+        return {"/bin/tool", {}, {}, nullptr, nullptr};
+    }
+
+private:
+    FakeTasks tasks_;
+    int endlessWaits_ = 0;
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Posix, TasksContract, PosixWorld);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TasksContract, FakeWorld);
+
+} // namespace
+
+} // namespace tests

@@ -5,6 +5,7 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <string>
+#include <vector>
 
 namespace tests {
 
@@ -13,7 +14,38 @@ namespace tests {
 template <class World>
 class PreferencesContract : public testing::Test {
 protected:
+    // Leaves nothing stored, for where all tests share one place.
+    void TearDown() override {
+        run([](platform::Preferences& preferences) {
+            for (const std::string& key : keys())
+                preferences.setValue(std::nullopt, key, "example.agent");
+            preferences.synchronize("example.agent");
+        });
+        run([](platform::Preferences& preferences) {
+            for (const std::string& key : keys())
+                EXPECT_EQ(preferences.appValue(key, "example.agent"), std::nullopt) << key;
+        });
+    }
+
     void run(const std::function<void(platform::Preferences&)>& step) { world_.run(step); }
+
+    static std::vector<std::string> texts() {
+        return {"",
+                "  two words ",
+                "a=b;c,d \"e\" \\ % # \\n",
+                "@Invalid()",
+                "@@x",
+                "one\ntwo\r\n\tthree\x01\x7F"
+                "a\x1F",
+                "Zoë 安装 😀",
+                "[General]"};
+    }
+    static std::vector<std::string> keys() {
+        std::vector<std::string> keys{"key", "other"};
+        for (const std::string& text : texts())
+            keys.push_back("key" + text);
+        return keys;
+    }
 
     static foundation::Value text(const std::string& bytes) { return foundation::Value(bytes); }
 
@@ -49,15 +81,7 @@ TYPED_TEST_P(PreferencesContract, changesAreSeenAtOnceAndStoredBySynchronize) {
 }
 
 TYPED_TEST_P(PreferencesContract, keepsTextsOfEveryKind) {
-    const std::string texts[] = {"",
-                                 "  two words ",
-                                 "a=b;c,d \"e\" \\ % # \\n",
-                                 "@Invalid()",
-                                 "@@x",
-                                 "one\ntwo\r\n\tthree\x01\x7F"
-                                 "a\x1F",
-                                 "Zoë 安装 😀",
-                                 "[General]"};
+    const auto texts = TestFixture::texts();
     this->run([&](platform::Preferences& preferences) {
         for (const std::string& each : texts)
             preferences.setValue(foundation::Value(each), "key" + each, "example.agent");

@@ -2,9 +2,13 @@
 
 #include "platform/Threads.h"
 
+#include <algorithm>
 #include <functional>
 #include <gtest/gtest.h>
+#include <memory>
 #include <string>
+#include <thread>
+#include <vector>
 
 namespace tests {
 
@@ -33,6 +37,42 @@ TYPED_TEST_P(ThreadsContract, stepsRunLaterAndInOrder) {
     EXPECT_LT(order.find("first second "), order.find("third "));
 }
 
-REGISTER_TYPED_TEST_SUITE_P(ThreadsContract, stepsRunLaterAndInOrder);
+TYPED_TEST_P(ThreadsContract, stepsOfEachThreadKeepTheirOrderOnTheMainThread) {
+    auto& world = this->world_;
+    constexpr int count = 500;
+    const std::thread::id mainThread = std::this_thread::get_id();
+    std::vector<std::vector<int>> seen(4);
+    for (std::vector<int>& numbers : seen)
+        world.threads().performInBackground([&] {
+            for (int number = 0; number < count; ++number)
+                world.threads().performOnMain([&, number] {
+                    EXPECT_EQ(std::this_thread::get_id(), mainThread);
+                    numbers.push_back(number);
+                });
+        });
+    EXPECT_TRUE(world.runUntil([&] {
+        return std::all_of(seen.begin(), seen.end(), [](const auto& numbers) { return numbers.size() == count; });
+    }));
+    for (const std::vector<int>& numbers : seen)
+        EXPECT_TRUE(std::is_sorted(numbers.begin(), numbers.end()));
+}
+
+TYPED_TEST_P(ThreadsContract, aStepGoesOnceItHasRun) {
+    auto& world = this->world_;
+    auto onMain = std::make_shared<int>();
+    auto inBackground = std::make_shared<int>();
+    const std::weak_ptr<int> ends[] = {onMain, inBackground};
+    bool last = false;
+    world.threads().performOnMain([held = std::move(onMain)] {});
+    world.threads().performInBackground([held = std::move(inBackground)] {});
+    world.threads().performOnMain([&] { last = true; });
+    EXPECT_TRUE(world.runUntil([&] { return last; }));
+    EXPECT_TRUE(ends[0].expired());
+    while (!ends[1].expired())
+        std::this_thread::yield();
+}
+
+REGISTER_TYPED_TEST_SUITE_P(ThreadsContract, stepsRunLaterAndInOrder, stepsOfEachThreadKeepTheirOrderOnTheMainThread,
+                            aStepGoesOnceItHasRun);
 
 } // namespace tests

@@ -1,7 +1,6 @@
-// Everybody's contract of transfers, over libcurl and over the fake.
+// Everybody's contract of transfers, over the real loader that the test program is about and over the fake.
 
 #include "tests/contract/TransfersContract.h"
-#include "platform/curl/CurlTransfers.h"
 #include "tests/contract/TransfersTest.h"
 #include "tests/support/FakeTransfers.h"
 
@@ -9,9 +8,9 @@ namespace tests {
 
 namespace {
 
-class CurlWorld {
+class RealWorld {
 public:
-    platform::Transfers& transfers() { return transfers_; }
+    platform::Transfers& transfers() { return *transfers_; }
 
     std::string serve(const std::string& body) {
         server_.answer("/served", answerOf("200 OK", body));
@@ -32,7 +31,7 @@ private:
     TestFolder folder_;
     LoopbackServer server_;
     MainQueue main_;
-    platform::CurlTransfers transfers_{main_};
+    std::unique_ptr<platform::Transfers> transfers_ = makeTransfers(main_, {});
 };
 
 class FakeWorld {
@@ -78,7 +77,7 @@ private:
     FakeTransfers transfers_{files_};
 };
 
-INSTANTIATE_TYPED_TEST_SUITE_P(Curl, TransfersContract, CurlWorld);
+INSTANTIATE_TYPED_TEST_SUITE_P(Real, TransfersContract, RealWorld);
 INSTANTIATE_TYPED_TEST_SUITE_P(Fake, TransfersContract, FakeWorld);
 
 } // namespace

@@ -4,6 +4,8 @@
 #include "platform/posix/PosixTasks.h"
 #include "platform/qtcore/QtBundles.h"
 #include "tests/contract/TestFolder.h"
+#include "tests/contract/WorkspaceContract.h"
+#include "tests/support/FakeWorkspace.h"
 
 #include <gtest/gtest.h>
 
@@ -209,7 +211,6 @@ TEST_F(Workspace, launchesABundleOnce) {
 TEST_F(Workspace, refusesBundlesThatCannotBeLaunched) {
     folder.write("outside", "#!/bin/sh\n", true);
     folder.write("My App.app/Contents/MacOS/plain", "#!/bin/sh\n");
-    EXPECT_FALSE(workspace.launchApplication(folder.path("Missing.app")));
     for (const char* name : {"missing", "plain", "../../../outside", "", ".", ".."}) {
         folder.write("My App.app/Contents/Info.plist", information("example.app", name));
         EXPECT_FALSE(workspace.launchApplication(app)) << name;
@@ -267,27 +268,44 @@ TEST_F(Opener, standsInForAFileManager) {
         folder.write("bin/xdg-open", std::string("#!/bin/sh\n") + ending + '\n', true);
         EXPECT_FALSE(workspace.selectFile(file, "")) << ending;
     }
-
-    shown.clear();
-    EXPECT_FALSE(workspace.selectFile(folder.path("missing"), ""));
-    EXPECT_FALSE(workspace.selectFile("relative", ""));
-    EXPECT_TRUE(shown.empty());
-}
-
-TEST_F(Workspace, destroysOnlyWhatIsNamedAndThere) {
-    folder.write("place/file", "");
-    folder.write("place/tree/deep/file", "");
-    folder.write("outside", "");
-    std::filesystem::create_symlink(folder.path("outside"), folder.path("place/link"));
-    for (const char* name : {"", ".", "..", "tree/deep", "../outside"})
-        EXPECT_FALSE(workspace.destroyFiles(folder.path("place"), {"file", name})) << name;
-    EXPECT_TRUE(std::filesystem::exists(folder.path("place/file"))) << "nothing is touched when a name is wrong";
-    EXPECT_FALSE(workspace.destroyFiles("", {"file"}));
-    EXPECT_FALSE(workspace.destroyFiles(folder.path("place"), {"missing", "file"}));
-    EXPECT_FALSE(std::filesystem::exists(folder.path("place/file"))) << "the others go all the same";
-    EXPECT_TRUE(workspace.destroyFiles(folder.path("place"), {"tree", "link"}));
-    EXPECT_TRUE(std::filesystem::exists(folder.path("outside")));
-    EXPECT_TRUE(std::filesystem::is_empty(folder.path("place")));
 }
 
 } // namespace
+
+namespace tests {
+
+namespace {
+
+class LinuxWorld {
+public:
+    platform::Workspace& workspace() { return workspace_; }
+    std::string folder() const { return folder_.path(); }
+    void addFile(const std::string& path) const { folder_.write(path.substr(folder().size() + 1), ""); }
+    static bool has(const std::string& path) { return std::filesystem::exists(path); }
+
+private:
+    TestFolder folder_;
+    platform::QtBundles bundles_{{"en"}, folder_.path()};
+    platform::PosixTasks tasks_;
+    platform::PosixFileChanges changes_{platform::ProtectedPaths{}};
+    LinuxWorkspace workspace_{bundles_, tasks_, changes_, [](const std::string& /*uri*/) { return true; }};
+};
+
+class FakeWorld {
+public:
+    platform::Workspace& workspace() { return workspace_; }
+    static std::string folder() { return "/folder"; }
+    void addFile(const std::string& path) { files_.addFile(path); }
+    bool has(const std::string& path) { return files_.has(path); }
+
+private:
+    FakeFiles files_;
+    FakeWorkspace workspace_{files_};
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Linux, WorkspaceContract, LinuxWorld);
+INSTANTIATE_TYPED_TEST_SUITE_P(Fake, WorkspaceContract, FakeWorld);
+
+} // namespace
+
+} // namespace tests

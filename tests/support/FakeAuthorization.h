@@ -3,8 +3,10 @@
 #include "platform/Authorization.h"
 #include "tests/support/FakeFiles.h"
 
+#include <algorithm>
 #include <map>
 #include <new>
+#include <utility>
 
 // Administrator rights over the files in memory. Tools that end well do their work; commands are counted from 1.
 class FakeAuthorization final : public platform::Authorization {
@@ -24,6 +26,10 @@ public:
 
     bool executeWithPrivileges(platform::AuthorizationRef& /*authorization*/, const std::string& tool,
                                const std::vector<std::string>& arguments) override {
+        const auto isCut = [](const std::string& word) { return word.find('\0') != std::string::npos; };
+        if (tool.empty() || tool.front() != '/' || isCut(tool) ||
+            std::any_of(arguments.begin(), arguments.end(), isCut))
+            return false;
         events.emplace_back("run");
         commands.push_back(tool);
         for (const std::string& argument : arguments)
@@ -32,6 +38,7 @@ public:
             return false;
         if (static_cast<int>(commands.size()) == unthinkable)
             throw std::bad_alloc();
+        isRunning_ = true;
         if (result() != 0)
             return true;
         if (tool == "/bin/rm")
@@ -45,7 +52,7 @@ public:
 
     std::optional<int> wait() override {
         events.emplace_back("wait");
-        return result();
+        return std::exchange(isRunning_, false) ? result() : std::nullopt;
     }
 
     std::shared_ptr<void> useDefaultChildSignal() override {
@@ -73,5 +80,6 @@ private:
     }
 
     FakeFiles& files_;
+    bool isRunning_ = false;
     std::weak_ptr<platform::AuthorizationRef> held_;
 };

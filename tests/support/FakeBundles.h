@@ -16,8 +16,7 @@ public:
     }
 
     std::optional<foundation::Value::Dictionary> bundleInformation(const std::string& bundlePath) override {
-        const auto attributes = files_.attributesOfItem(bundlePath);
-        if (!attributes || attributes->type != platform::FileType::Directory)
+        if (!files_.contentsOfDirectory(bundlePath))
             return std::nullopt;
         return others[bundlePath];
     }

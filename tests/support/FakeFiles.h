@@ -68,11 +68,21 @@ private:
     Item& add(const std::string& path, const Item& item);
     bool allows(const std::string& path, bool Item::*right);
     void copyTree(const std::string& from, const std::string& to);
-    bool succeeds(Operation operation, const std::string& path, ErrorOut error);
-    // What a link at the path leads to, by its absolute target; else the item itself.
-    Item* followed(const std::string& path);
-    bool folderTakesChanges(const std::string& path);
-    bool isVacant(const std::string& path) { return !has(path) && folderTakesChanges(path); }
+    bool fails(Operation operation, const std::string& path) const { return failures_.count({operation, path}) > 0; }
+    // Whether the code is 0; any other one becomes the error.
+    static bool succeeds(std::int64_t code, const std::string& path, ErrorOut error);
+    // The path without links: a link at its end is the item itself, or leads on.
+    enum class Links { Kept, Followed };
+    std::string resolved(const std::string& path, Links links);
+    Item* itself(const std::string& path) { return item(resolved(path, Links::Kept)); }
+    Item* followed(const std::string& path) { return item(resolved(path, Links::Followed)); }
+    // Why the folder of the place takes no changes, or why nothing can come to the place; 0 when it can.
+    std::int64_t folderRefusal(const std::string& place);
+    std::int64_t refusal(const std::string& from, const std::string& to);
+
+    static constexpr std::int64_t missingCode = 4;
+    static constexpr std::int64_t noPermissionCode = 513;
+    static constexpr std::int64_t takenCode = 516;
 
     std::uint64_t lastNumber_ = 0;
     std::map<std::string, Item> items_{{"/", {platform::FileType::Directory}}};

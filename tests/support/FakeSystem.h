@@ -9,11 +9,14 @@ class FakeProcessInfo final : public platform::ProcessInfo {
 public:
     std::vector<std::string> arguments() override { return commandLine; }
     platform::OperatingSystemVersion operatingSystemVersion() override { return {10, 9, 0}; }
-    std::string globallyUniqueString() override { return "UNIQUE"; }
+    std::string globallyUniqueString() override {
+        return uniqueTexts++ == 0 ? "UNIQUE" : "UNIQUE" + std::to_string(uniqueTexts);
+    }
     std::optional<std::string> makeUUID() override {
         if (!hasRandomNumbers)
             return std::nullopt;
-        return "00000000-0000-4000-8000-00000000000" + std::to_string(++uuids_);
+        const std::string number = std::to_string(++uuids_);
+        return std::string("00000000-0000-4000-8000-000000000000").substr(0, 36 - number.size()) + number;
     }
     std::string temporaryDirectory() override { return "/tmp/me/"; }
     std::string homeDirectory() override { return "/Users/me"; }
@@ -22,6 +25,7 @@ public:
 
     std::vector<std::string> commandLine{"/Downloads/Tolvix Installer.app/Contents/MacOS/TolvixInstaller"};
     bool hasRandomNumbers = true;
+    int uniqueTexts = 0; // how many were given; a test that begins again sets it back
 
 private:
     int uuids_ = 0;

@@ -4,10 +4,16 @@
 #include "tests/support/FakeRunLoop.h"
 
 #include <map>
+#include <utility>
 
 // A pipe whose other end a test plays.
 class FakePipe final : public platform::Pipe {
 public:
+    ~FakePipe() override {
+        if (ended)
+            ended();
+    }
+
     // What went through, for the time after the pipe.
     struct Traffic {
         std::string written;
@@ -15,10 +21,20 @@ public:
         bool refused = false;
     };
 
+    // Who reads it, be the pipe gone or not.
+    struct Reader {
+        // Every writer has closed the pipe.
+        void deliver(const std::string& output) const {
+            loop->post([done = done, output] { done(output); });
+        }
+
+        std::shared_ptr<FakeRunLoop> loop;
+        std::function<void(std::string)> done;
+    };
+
     void readToEndInBackground(std::shared_ptr<platform::RunLoop> loop,
                                std::function<void(std::string)> done) override {
-        loop_ = std::static_pointer_cast<FakeRunLoop>(loop);
-        done_ = std::move(done);
+        *reader = {std::static_pointer_cast<FakeRunLoop>(loop), std::move(done)};
     }
 
     bool write(std::string_view bytes) override {
@@ -30,21 +46,13 @@ public:
 
     void closeWriting() override {
         traffic->ended = true;
-        if (ended)
-            ended();
+        if (const auto step = std::exchange(ended, nullptr))
+            step();
     }
 
-    // Every writer has closed the pipe.
-    void deliver(const std::string& output) {
-        loop_->post([done = std::move(done_), output] { done(output); });
-    }
-
+    const std::shared_ptr<Reader> reader = std::make_shared<Reader>();
     std::shared_ptr<Traffic> traffic = std::make_shared<Traffic>();
     std::function<void()> ended;
-
-private:
-    std::shared_ptr<FakeRunLoop> loop_;
-    std::function<void(std::string)> done_;
 };
 
 // How a tool behaves.
@@ -83,14 +91,12 @@ public:
         launches.push_back({{task.path, task.arguments, task.directory, {}, {}}, input.traffic, task.standardInput});
         if (tool.effect)
             tool.effect(task);
-        const std::weak_ptr<platform::Pipe> output = task.standardOutput;
-        const auto end = [tool, output, loop = std::static_pointer_cast<FakeRunLoop>(loop),
-                          didTerminate = std::move(didTerminate)] {
+        const auto end = [tool, reader = static_cast<FakePipe&>(*task.standardOutput).reader,
+                          loop = std::static_pointer_cast<FakeRunLoop>(loop), didTerminate = std::move(didTerminate)] {
             const auto postStatus = [&] { loop->post([=] { didTerminate(tool.status); }); };
             if (tool.ending == FakeTool::Ending::StatusThenOutput)
                 postStatus();
-            if (const auto pipe = output.lock())
-                static_cast<FakePipe&>(*pipe).deliver(tool.output);
+            reader->deliver(tool.output);
             if (tool.ending == FakeTool::Ending::OutputThenStatus)
                 postStatus();
         };

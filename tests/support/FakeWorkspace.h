@@ -4,7 +4,9 @@
 #include "platform/Workspace.h"
 #include "tests/support/FakeFiles.h"
 
+#include <algorithm>
 #include <set>
+#include <string_view>
 
 // A desktop that opens nothing and remembers what it was asked.
 class FakeWorkspace final : public platform::Workspace {
@@ -18,15 +20,21 @@ public:
 
     bool launchApplication(const std::string& path) override {
         request("launch " + path);
-        return launchSucceeds;
+        return launchSucceeds && files_.has(path);
     }
 
     bool selectFile(const std::string& path, const std::string& root) override {
         request("reveal " + path + " in '" + root + "'");
-        return revealSucceeds;
+        return revealSucceeds && files_.has(path);
     }
 
     bool destroyFiles(const std::string& folder, const std::vector<std::string>& names) override {
+        const auto isPlain = [](const std::string& name) {
+            return !name.empty() && name != "." && name != ".." &&
+                   name.find_first_of(std::string_view("/\0", 2)) == std::string::npos;
+        };
+        if (folder.empty() || !std::all_of(names.begin(), names.end(), isPlain))
+            return false;
         bool all = true;
         for (const std::string& name : names) {
             const std::string path = foundation::path::appendingPathComponent(folder, name);
@@ -43,7 +51,9 @@ public:
         request("terminate " + std::to_string(application.processId));
         if (refusals-- > 0)
             return;
-        std::erase_if(running, [&](const auto& one) { return one.processId == application.processId; });
+        std::erase_if(running, [&](const auto& one) {
+            return one.processId == application.processId && one.startTime == application.startTime;
+        });
     }
 
     std::vector<std::string> opened;

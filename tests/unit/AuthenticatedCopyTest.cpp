@@ -168,7 +168,7 @@ TEST_F(AuthenticatedCopyTest, AFailedPlainReplacementKeepsTheOldProduct) {
     EXPECT_FALSE(system.files.has(temporary)) << "left behind";
     system.files.failAt(FakeFiles::Operation::Copy, source);
     EXPECT_EQ(replace(), failure + "copy " + source + " to " + temporary +
-                             ". Error: Error Domain=Files Code=513 \"no " + source +
+                             ". Error: Error Domain=NSCocoaErrorDomain Code=513 \"no " + source +
                              "\" UserInfo={NSLocalizedDescription=no " + source + "}");
     EXPECT_TRUE(system.files.has(product + "/old"));
     system.files.removeTree(product);

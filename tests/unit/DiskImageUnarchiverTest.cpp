@@ -28,6 +28,7 @@ protected:
 
     // The whole extraction; nothing outside keeps the unarchiver.
     Texts extract() {
+        system.processInfo.uniqueTexts = 0;
         auto unarchiver = TXUnarchiver::unarchiverForPath(archive);
         unarchiver->setDelegate(delegate);
         unarchiver->start();

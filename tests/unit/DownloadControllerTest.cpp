@@ -82,13 +82,13 @@ TEST_F(DownloadControllerTest, AFolderThatCannotBeMadeIsTheReason) {
     system.files.item(folder)->owner.userId = 0;
     start();
     transfer().finish();
-    EXPECT_EQ(messages(), (Texts{"start (null)", "fail Files 516 taken " + folder}));
+    EXPECT_EQ(messages(), (Texts{"start (null)", "fail NSCocoaErrorDomain 513 no " + folder}));
     EXPECT_TRUE(system.files.has(folder + "/theirs"));
     system.files.removeTree(folder);
     system.files.failAt(FakeFiles::Operation::Create, folder);
     start();
     transfer().finish();
-    EXPECT_EQ(messages(), (Texts{"start (null)", "fail Files 513 no " + folder}));
+    EXPECT_EQ(messages(), (Texts{"start (null)", "fail NSCocoaErrorDomain 513 no " + folder}));
     start("https://h/..");
     transfer().finish();
     EXPECT_EQ(messages().back(), "fail NSURLErrorDomain -3000") << "the reason of an earlier download";

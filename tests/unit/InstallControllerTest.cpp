@@ -34,6 +34,7 @@ protected:
     void start(const std::string& path = archive) {
         system.files.addFile(path);
         system.files.removeTree("/tmp/me/UNIQUE");
+        system.processInfo.uniqueTexts = 0;
         controller->startInstallArchiveAtURL(*foundation::URL::withString(path));
     }
     Texts messages() {

@@ -1,12 +1,19 @@
-// The preferences' three calls on a dictionary. It shows how values are converted and which keys are used; that they
-// reach a disk or another program cannot be seen here.
+// The preferences' three calls on dictionaries: what is changed, and what is stored. It shows how values are converted,
+// which keys are used and that changes are stored. That they reach a disk or another program, and what another program
+// stores meanwhile, cannot be seen here.
 
-#import <Foundation/Foundation.h>
+#include "tests/support/gnustep/Preferences.h"
 
 const CFStringRef kCFPreferencesCurrentUser = (__bridge CFStringRef) @"user";
 const CFStringRef kCFPreferencesAnyHost = (__bridge CFStringRef) @"host";
 
-static NSMutableDictionary* values() {
+static NSMutableDictionary* stored() {
+    static NSMutableDictionary* all = [[NSMutableDictionary alloc] init];
+    return all;
+}
+
+// By the same places; null for what is to be removed.
+static NSMutableDictionary* changes() {
     static NSMutableDictionary* all = [[NSMutableDictionary alloc] init];
     return all;
 }
@@ -16,20 +23,30 @@ static NSString* place(CFStringRef key, CFStringRef domain) {
 }
 
 CFPropertyListRef CFPreferencesCopyAppValue(CFStringRef key, CFStringRef domain) {
-    return (__bridge CFPropertyListRef)[[values() objectForKey:place(key, domain)] retain];
+    id value = [changes() objectForKey:place(key, domain)];
+    if (value == nil)
+        value = [stored() objectForKey:place(key, domain)];
+    return value == [NSNull null] ? nullptr : (__bridge CFPropertyListRef)[value retain];
 }
 
 void CFPreferencesSetValue(CFStringRef key, CFPropertyListRef value, CFStringRef domain, CFStringRef user,
                            CFStringRef host) {
-    if (user != kCFPreferencesCurrentUser || host != kCFPreferencesAnyHost)
-        return;
-    if (value == nullptr)
-        [values() removeObjectForKey:place(key, domain)];
-    else
-        [values() setObject:(__bridge id)value forKey:place(key, domain)];
+    if (user == kCFPreferencesCurrentUser && host == kCFPreferencesAnyHost)
+        [changes() setObject:value == nullptr ? [NSNull null] : (__bridge id)value forKey:place(key, domain)];
 }
 
 unsigned char CFPreferencesSynchronize(CFStringRef domain, CFStringRef user, CFStringRef host) {
-    (void)domain;
-    return user == kCFPreferencesCurrentUser && host == kCFPreferencesAnyHost;
+    if (user != kCFPreferencesCurrentUser || host != kCFPreferencesAnyHost)
+        return 0;
+    for (NSString* place in [changes() allKeys]) {
+        if (![place hasPrefix:[(__bridge NSString*)domain stringByAppendingString:@" "]])
+            continue;
+        [stored() setObject:[changes() objectForKey:place] forKey:place];
+        [changes() removeObjectForKey:place];
+    }
+    return 1;
+}
+
+void forgetUnstoredPreferences(void) {
+    [changes() removeAllObjects];
 }
