@@ -18,6 +18,7 @@
 #include "platform/posix/ProcessStart.h"
 #include "platform/qt/LostDisplay.h"
 #include "platform/qt/QtInterface.h"
+#include "platform/qt/ScreenReaderBus.h"
 #include "platform/qt/ScriptFonts.h"
 #include "platform/qt/UsableDisplay.h"
 #include "platform/qtcore/FileManager.h"
@@ -60,6 +61,8 @@ std::unique_ptr<MainInterface> makeMainInterface(QtBundles& bundles, ProcessInfo
             bundles.offerOnly([](const std::string& language) { return language == "en"; });
         return makeConsoleInterface();
     }
+    if (!ScreenReaderBus::isUsable(busPatience))
+        console.log("The message bus of screen readers does not answer; going on without it.");
     bundles.offerOnly(&ScriptFonts::canShow);
     return makeQtInterface({bundles.localization(), informationText(bundles, "CFBundleIdentifier").value_or(""),
                             informationText(bundles, "CFBundleName").value_or(""), display.plugIns});

@@ -7,8 +7,16 @@
 #include <QDir>
 #include <QPluginLoader>
 
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <cstdint>
 #include <cstring>
+#include <future>
+#include <memory>
+#include <thread>
 
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <xcb/xcb.h>
@@ -17,15 +25,39 @@ namespace platform {
 
 namespace {
 
+using namespace std::chrono_literals;
+
+// A display that has said nothing for so long would hold up the window for ever.
+constexpr std::chrono::milliseconds patience = 5s;
+
 bool isNamed(const char* variable) {
     return !qEnvironmentVariableIsEmpty(variable);
 }
 
+// The library waits without end; the thread in which it does so stays behind.
 bool reachesX() {
-    xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
-    const bool reached = xcb_connection_has_error(connection) == 0;
-    xcb_disconnect(connection);
-    return reached;
+    const auto reached = std::make_shared<std::promise<bool>>();
+    std::future<bool> answer = reached->get_future();
+    std::thread([reached] {
+        xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
+        const bool isUsable = xcb_connection_has_error(connection) == 0;
+        xcb_disconnect(connection);
+        reached->set_value(isUsable);
+    }).detach();
+    return answer.wait_for(patience) == std::future_status::ready && answer.get();
+}
+
+// Whether a compositor is at the other end: it answers the protocol's shortest question.
+bool answersWayland(int socket) {
+    // To object 1, which is the display: request 0, of 12 bytes, which tells the new object 2 that it has been read.
+    constexpr std::array<std::uint32_t, 3> sync{1, 12U << 16U, 2};
+    if (::send(socket, sync.data(), sizeof sync, MSG_NOSIGNAL) != sizeof sync)
+        return false;
+    pollfd readable{socket, POLLIN, 0};
+    while (::poll(&readable, 1, static_cast<int>(patience.count())) < 0 && errno == EINTR) {
+    }
+    char first = 0;
+    return ::recv(socket, &first, 1, MSG_DONTWAIT) == 1;
 }
 
 bool reachesWayland() {
@@ -38,8 +70,9 @@ bool reachesWayland() {
     if (static_cast<std::size_t>(path.size()) >= sizeof address.sun_path)
         return false;
     std::memcpy(&address.sun_path[0], path.constData(), static_cast<std::size_t>(path.size()));
-    const FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    return ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    const FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    return ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
+           answersWayland(socket.get());
 }
 
 // Loads it, as Qt will in a moment: a plug-in that lies there can still lack a library. Of several of one family the

@@ -5,9 +5,9 @@
 namespace platform {
 
 // A display that a window can be shown on, found out before Qt is asked: Qt aborts the program when it cannot reach the
-// display that the environment names, or lacks the plug-in for it.
+// display that the environment names, or lacks the plug-in for it, and waits without end for one that never answers.
 struct UsableDisplay {
-    // Tries what the environment names. Before the Qt application object is made.
+    // Tries what the environment names, each for some seconds at most. Before the Qt application object is made.
     static UsableDisplay find();
 
     bool exists = false;

@@ -89,7 +89,6 @@ bool SessionBus::isUsable(std::chrono::milliseconds patience) {
     return false;
 }
 
-// What cannot be reached at all is no obstacle: libraries find that out as quickly.
 bool SessionBus::answers(const std::string& address, std::chrono::milliseconds patience) {
     const SocketAddress place(address);
     const FileDescriptor socket(place.length == 0 ? -1

@@ -22,7 +22,8 @@ public:
     // thread, before anything else asks Qt for the bus and before other threads run.
     static bool isUsable(std::chrono::milliseconds patience);
 
-private:
+    // Whether the bus at the address says anything within the time. True for one that cannot be reached at all: no
+    // library waits for that.
     static bool answers(const std::string& address, std::chrono::milliseconds patience);
 };
 

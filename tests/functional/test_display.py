@@ -69,6 +69,15 @@ class UnusableDisplays(DisplayCase):
                 self.assertIn(line, run.stderr)
                 shutil.rmtree(self.trial.application)
 
+    def test_a_display_that_never_answers_holds_nothing(self):
+        display = str(self.silent_socket("display"))
+        rows = {"X": {"DISPLAY": display}, "Wayland": {"WAYLAND_DISPLAY": display}}
+        for kind, variables in rows.items():
+            with self.subTest(kind):
+                run = self.expect_run(INSTALLED, "--auto-start", "NO", environment=self.environment(**variables))
+                self.assertIn(f"No window, as the {kind} display \"{display}\" cannot be reached", run.stderr)
+                shutil.rmtree(self.trial.application)
+
     def test_help_needs_no_display(self):
         run = self.trial.run("--help", environment=self.environment(DISPLAY=":4711"))
         self.assertEqual(run.returncode, 0)
@@ -93,14 +102,18 @@ class XDisplays(DisplayCase):
             desktop.__exit__()
         self.expect_lost_display(process)
 
-    def test_the_window_comes_up_although_the_bus_never_answers(self):
-        path = self.silent_socket("bus")
+    def test_the_window_comes_up_although_a_bus_never_answers(self):
+        address = f"unix:path={self.silent_socket('bus')}"
         desktop = self.enter(Desktop())
-        process = self.start_busy(self.environment(DISPLAY=desktop.display,
-                                                   DBUS_SESSION_BUS_ADDRESS=f"unix:path={path}",
-                                                   QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1"))
-        desktop.wait_for_windows(process.pid, 1)
-        self.assertIsNone(process.poll())
+        for variable in ("DBUS_SESSION_BUS_ADDRESS", "AT_SPI_BUS_ADDRESS"):
+            with self.subTest(variable):
+                process = self.start_busy(self.environment(DISPLAY=desktop.display,
+                                                           QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", **{variable: address}))
+                desktop.wait_for_windows(process.pid, 1)
+                self.assertIsNone(process.poll())
+                process.kill()
+                process.wait()
+                self.assertIn("does not answer; going on without it.", process.stderr.read())
 
     def test_texts_are_english_where_no_font_has_the_letters(self):
         fonts = self.folder / "fonts.conf"
@@ -155,6 +168,12 @@ class WaylandDisplays(DisplayCase):
         self.assertIn("xdg_toplevel@", errors)
         self.assertIn("set_app_id(\"" + self.trial.information()["CFBundleIdentifier"] + "\")", errors)
         self.assert_nothing_left()
+
+    def test_the_console_takes_over_where_the_plug_in_cannot_be_loaded(self):
+        (self.folder / "libQt6WaylandClient.so.6").touch()
+        run = self.expect_run(INSTALLED, "--auto-start", "NO",
+                              environment=self.environment(LD_LIBRARY_PATH=str(self.folder)))
+        self.assertIn("No window, as Qt's plug-in for Wayland displays is missing", run.stderr)
 
     def test_a_compositor_that_goes_away_leaves_nothing_behind(self):
         process = self.start_busy(self.environment(WAYLAND_DEBUG=None))
