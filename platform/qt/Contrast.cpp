@@ -35,6 +35,12 @@ QColor Contrast::mix(const QColor& color, const QColor& other, float share) {
                             between(color.blueF(), other.blueF()));
 }
 
+QColor Contrast::frame(const QPalette& palette) {
+    const QColor window = palette.color(QPalette::Window);
+    const QColor text = palette.color(QPalette::WindowText);
+    return isHigh(palette) ? text : makeVisible(mix(window, text, 0.38F), text, window);
+}
+
 QColor Contrast::makeVisible(const QColor& color, const QColor& towards, const QColor& background) {
     constexpr int stages = 20;
     for (int stage = 0; stage < stages; ++stage) {

@@ -20,6 +20,9 @@ public:
     // One colour, with a share (0 to 1) of another.
     static QColor mix(const QColor& color, const QColor& other, float share);
 
+    // The frame of a control on the window.
+    static QColor frame(const QPalette& palette);
+
     // The colour, moved towards another one only as far as it takes to be visible on the background.
     static QColor makeVisible(const QColor& color, const QColor& towards, const QColor& background);
 };

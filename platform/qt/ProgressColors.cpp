@@ -9,9 +9,7 @@ ProgressColors ProgressColors::of(const QPalette& palette) {
     const QColor text = palette.color(QPalette::WindowText);
     const QColor groove = Contrast::mix(window, text, 0.1F);
     return {.groove = groove,
-            .outline = Contrast::isHigh(palette)
-                           ? text
-                           : Contrast::makeVisible(Contrast::mix(window, text, 0.38F), text, window),
+            .outline = Contrast::frame(palette),
             .chunk = Contrast::makeVisible(palette.color(QPalette::Highlight), text, groove)};
 }
 

@@ -40,7 +40,7 @@ QIcon ResourceIcon::named(const QString& name, std::initializer_list<int> extent
 QPixmap ResourceIcon::picture(const QString& name, int extent) {
     initializeResources();
     QString found;
-    for (const int candidate : {48, 64, 96, 128, 144, 256}) {
+    for (const int candidate : {48, 64, 96, 128, 256}) {
         const QString file = fileName(name, candidate);
         if (!QFile::exists(file))
             continue;

@@ -52,15 +52,24 @@ QSize SheetButton::sizeHint() const {
     return QPushButton::sizeHint() + QSize(line, line / 4);
 }
 
+// Over the style's own frame, which is often too faint to be seen.
 void SheetButton::paintEvent(QPaintEvent* event) {
     QPushButton::paintEvent(event);
-    if (Contrast::isHigh(palette())) {
-        const double width = isDefault() ? 2.0 : 1.0;
-        const double inset = width / 2;
-        QPainter painter(this);
-        painter.setPen(QPen(palette().color(QPalette::WindowText), width));
-        painter.drawRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset));
-    }
+    const double width = isDefault() ? 2.0 : 1.0;
+    const double inset = width / 2;
+    constexpr double radius = 2.0;
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(frameColor(), width));
+    painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset), radius, radius);
+}
+
+QColor SheetButton::frameColor() const {
+    const QPalette colors = palette();
+    if (!isDefault() || Contrast::isHigh(colors))
+        return Contrast::frame(colors);
+    return Contrast::makeVisible(colors.color(QPalette::Highlight), colors.color(QPalette::WindowText),
+                                 colors.color(QPalette::Window));
 }
 
 } // namespace platform

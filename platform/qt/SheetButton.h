@@ -23,6 +23,8 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    QColor frameColor() const;
+
     const AnswerGuard& guard_;
 };
 

@@ -180,14 +180,32 @@ TEST_F(ProgressTest, FillsFromTheReadingSide) {
     }
 }
 
-TEST(ProgressColorsTest, CanBeToldApartOnEveryDesktop) {
+TEST_F(ProgressTest, PartsAndFramesCanBeToldApartOnEveryDesktop) {
+    // Three to one, but for the rounding to whole shades.
+    constexpr double enough = Contrast::visible - 0.05;
+    start();
+    indicator().setIndeterminate(false);
+    indicator().setDoubleValue(50);
     for (const QPalette& palette :
          {Palettes::light(), Palettes::dark(), Palettes::highContrast(), Palettes::highContrastLight(),
           Palettes::yellowOnBlack(), QPalette(Qt::gray), QPalette(QColor("#efefef")), QPalette(QColor("#10305a"))}) {
-        const ProgressColors colors = ProgressColors::of(palette);
-        const QColor window = palette.color(QPalette::Window);
-        EXPECT_GE(Contrast::between(colors.chunk, colors.groove), Contrast::visible) << window.name().toStdString();
-        EXPECT_GE(Contrast::between(colors.outline, window), Contrast::visible) << window.name().toStdString();
+        const QColor background = palette.color(QPalette::Window);
+        SCOPED_TRACE(background.name().toStdString());
+        QApplication::setPalette(palette);
+        settle();
+        const QImage progress = bar().grab().toImage();
+        const auto shade = [&](int quarter, int y) { return progress.pixelColor(progress.width() * quarter / 4, y); };
+        EXPECT_GE(Contrast::between(shade(1, progress.height() / 2), shade(3, progress.height() / 2)), enough);
+        EXPECT_GE(Contrast::between(shade(3, 0), background), enough);
+        interface().alerts().beginSheet({.messageText = "Title", .informativeText = "Text", .buttons = {"One", "Two"}},
+                                        [](int) {});
+        letWindowSettle();
+        for (QPushButton* button : buttons()) {
+            const QImage picture = button->grab().toImage();
+            EXPECT_GE(Contrast::between(picture.pixelColor(0, picture.height() / 2), background), enough)
+                << button->text().toStdString();
+        }
+        press(window(), Qt::Key_Return);
     }
 }
 

@@ -29,13 +29,9 @@ bool IconFiles::render(const QDir& repository) {
         const QDir& folder = extent > 256 ? macIcons : icons;
         done &= renderFile(repository.filePath(source), folder.filePath(QString("icon-%1.png").arg(extent)), extent);
     }
-    constexpr int alertExtent = 48;
-    for (const char* name : {"warning", "critical"}) {
-        for (const int scale : {1, 2, 3}) {
-            const int extent = alertExtent * scale;
+    for (const char* name : {"warning", "critical"})
+        for (const int extent : {48, 96, 256})
             done &= renderFile(icons.filePath(QString("%1.svg").arg(name)),
                                icons.filePath(QString("%1-%2.png").arg(name).arg(extent)), extent);
-        }
-    }
     return done;
 }
