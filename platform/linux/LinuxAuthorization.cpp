@@ -2,15 +2,13 @@
 
 #include "platform/linux/Elevation.h"
 #include "platform/posix/ArgumentVector.h"
+#include "platform/posix/ChildProcess.h"
 #include "platform/posix/ChildSignal.h"
 
 #include <array>
 #include <cerrno>
-#include <csignal>
 #include <memory>
 
-#include <fcntl.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -45,42 +43,6 @@ std::string presentTool(const std::string& tool) {
     return tool;
 }
 
-// How the child starts: nothing inherited but standard error and the session, whose terminal sudo may ask on.
-class SpawnSettings {
-public:
-    explicit SpawnSettings(Elevation elevation) {
-        ::posix_spawn_file_actions_init(&actions_);
-        ::posix_spawn_file_actions_addopen(&actions_, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-        ::posix_spawn_file_actions_addopen(&actions_, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-        ::posix_spawn_file_actions_addchdir_np(&actions_, "/");
-        ::posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1);
-        ::posix_spawnattr_init(&attributes_);
-        sigset_t signals;
-        ::sigemptyset(&signals);
-        ::posix_spawnattr_setsigmask(&attributes_, &signals);
-        for (const int changedByThisProgram : {SIGPIPE, SIGCHLD, SIGXFSZ})
-            ::sigaddset(&signals, changedByThisProgram);
-        ::posix_spawnattr_setsigdefault(&attributes_, &signals);
-        // A tool that asks nothing needs no terminal; in a group of its own, Ctrl-C does not cut its work short.
-        const int group = elevation == Elevation::Direct ? POSIX_SPAWN_SETPGROUP : 0;
-        ::posix_spawnattr_setflags(&attributes_,
-                                   static_cast<short>(POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | group));
-    }
-    ~SpawnSettings() {
-        ::posix_spawn_file_actions_destroy(&actions_);
-        ::posix_spawnattr_destroy(&attributes_);
-    }
-    SpawnSettings(const SpawnSettings&) = delete;
-    SpawnSettings& operator=(const SpawnSettings&) = delete;
-
-    const posix_spawn_file_actions_t* actions() const { return &actions_; }
-    const posix_spawnattr_t* attributes() const { return &attributes_; }
-
-private:
-    posix_spawn_file_actions_t actions_{};
-    posix_spawnattr_t attributes_{};
-};
-
 } // namespace
 
 std::int32_t LinuxAuthorization::create(std::shared_ptr<AuthorizationRef>& authorization) {
@@ -96,21 +58,14 @@ bool LinuxAuthorization::executeWithPrivileges(AuthorizationRef& authorization, 
     const auto* ref = dynamic_cast<const LinuxAuthorizationRef*>(&authorization);
     if (ref == nullptr || tool.rfind('/', 0) != 0)
         return false;
-    const TaskDescription command = elevatedCommand(ref->elevation(), presentTool(tool), arguments);
+    TaskDescription command = elevatedCommand(ref->elevation(), presentTool(tool), arguments);
+    command.directory = "/";
     if (!isExpressible(command))
         return false;
-    const ArgumentVector words(command);
-    std::vector<std::string> environment = elevatedEnvironment(ref->elevation());
-    std::vector<char*> variables;
-    variables.reserve(environment.size() + 1);
-    for (std::string& variable : environment)
-        variables.push_back(variable.data());
-    variables.push_back(nullptr);
     paths_->add(ref, arguments);
-    const SpawnSettings settings(ref->elevation());
-    pid_t child = 0;
-    return ::posix_spawn(&child, command.path.c_str(), settings.actions(), settings.attributes(), words.get(),
-                         variables.data()) == 0;
+    // A tool that asks nothing needs no terminal; as a job of its own, Ctrl-C does not cut its work short.
+    const bool asks = ref->elevation() != Elevation::Direct;
+    return spawnChild(command, {.environment = elevatedEnvironment(ref->elevation()), .isOwnJob = !asks}) > 0;
 }
 
 // Any child, but of this thread alone: another thread may be waiting for a child of its own at the same time.

@@ -2,10 +2,12 @@
 #include "platform/posix/SystemCalls.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <fcntl.h>
 #include <linux/close_range.h>
 #include <optional>
+#include <sys/prctl.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 #include <vector>
@@ -128,6 +130,10 @@ char** environment() {
 
 pid_t forkAgain() {
     return ::_Fork();
+}
+
+void endWithStarter() {
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
 }
 
 // An old kernel leaves them open.

@@ -3,12 +3,10 @@
 #include "foundation/PathString.h"
 #include "platform/linux/PathFacts.h"
 #include "platform/linux/ProcessTable.h"
-#include "platform/posix/ChildProcess.h"
-#include "platform/posix/ChildWaiter.h"
 #include "platform/posix/DestroyFiles.h"
 #include "platform/posix/FileDescriptor.h"
 #include "platform/posix/PathText.h"
-#include "platform/posix/PosixRunLoop.h"
+#include "platform/posix/WatchedChild.h"
 
 #include <algorithm>
 #include <chrono>
@@ -64,19 +62,10 @@ std::optional<TaskDescription> openingTask(const std::string& target) {
 
 // Whether the task has ended with status 0 within a few seconds; one that needs longer is left alone.
 bool endsWell(const TaskDescription& task) {
-    const FileDescriptor nowhere(::open("/dev/null", O_RDWR | O_CLOEXEC));
-    ChildWaiter waiter;
-    if (!nowhere.isOpen() || !waiter.isOpen())
-        return false;
-    const pid_t child = spawnChild(task, nowhere.get(), nowhere.get());
-    FileDescriptor ending = child < 0 ? FileDescriptor() : waiter.start(child);
-    if (!ending.isOpen())
-        return false;
     std::optional<int> status;
     PosixRunLoop loop;
-    loop.readToEnd(std::make_shared<FileDescriptor>(std::move(ending)),
-                   [&status](const std::string& bytes) { status = ChildWaiter::status(bytes); });
-    loop.runOnce(openerWait);
+    if (startWatchedChild(task, {}, loop, [&status](int ended) { status = ended; }))
+        loop.runOnce(openerWait);
     return status == 0;
 }
 

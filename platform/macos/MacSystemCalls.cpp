@@ -152,6 +152,8 @@ pid_t forkAgain() {
     return ::fork();
 }
 
+void endWithStarter() {}
+
 void closeInPrograms() {
     const int end = ::getdtablesize();
     for (int descriptor = STDERR_FILENO + 1; descriptor < end; ++descriptor)

@@ -5,11 +5,18 @@
 namespace platform {
 
 ArgumentVector::ArgumentVector(const TaskDescription& task) {
-    pointers_.reserve(task.arguments.size() + 2);
-    // The system's type is not const for historical reasons; nothing writes through it.
     pointers_.push_back(const_cast<char*>(task.path.c_str()));
-    for (const std::string& argument : task.arguments)
-        pointers_.push_back(const_cast<char*>(argument.c_str()));
+    append(task.arguments);
+}
+
+ArgumentVector::ArgumentVector(const std::vector<std::string>& texts) {
+    append(texts);
+}
+
+// The system's type is not const for historical reasons; nothing writes through it.
+void ArgumentVector::append(const std::vector<std::string>& texts) {
+    for (const std::string& text : texts)
+        pointers_.push_back(const_cast<char*>(text.c_str()));
     pointers_.push_back(nullptr);
 }
 

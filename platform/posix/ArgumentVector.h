@@ -7,15 +7,21 @@
 
 namespace platform {
 
-// The argument vector of a task, the program's own path first. The task must outlive it.
+// Texts as the system takes them for a new program. What it is made from must outlive it.
 class ArgumentVector {
 public:
+    // The arguments of a task, the program's own path first.
     explicit ArgumentVector(const TaskDescription& task);
 
-    // Null-terminated, as the system takes it.
+    // The texts alone.
+    explicit ArgumentVector(const std::vector<std::string>& texts);
+
+    // Null-terminated.
     char* const* get() const { return pointers_.data(); }
 
 private:
+    void append(const std::vector<std::string>& texts);
+
     std::vector<char*> pointers_;
 };
 

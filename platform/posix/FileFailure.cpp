@@ -33,12 +33,15 @@ void throwErrno(FileAccess access, const std::string& path) {
     throw FileFailure{access, path, errno, {}};
 }
 
-foundation::Error errorOf(const FileFailure& failure, const std::string& verb) {
+std::string descriptionOf(const FileFailure& failure, const std::string& verb) {
     const std::string reason =
         failure.reason.empty() ? std::generic_category().message(failure.errorNumber) : failure.reason;
-    foundation::Error error =
-        foundation::Error::withDescription(foundation::cocoaErrorDomain, cocoaCode(failure.access, failure.errorNumber),
-                                           "could not " + verb + " '" + failure.path + "': " + reason);
+    return "could not " + verb + " '" + failure.path + "': " + reason;
+}
+
+foundation::Error errorOf(const FileFailure& failure, const std::string& verb) {
+    foundation::Error error = foundation::Error::withDescription(
+        foundation::cocoaErrorDomain, cocoaCode(failure.access, failure.errorNumber), descriptionOf(failure, verb));
     error.userInfo[posixErrorCodeKey] = foundation::Value(std::int64_t{failure.errorNumber});
     return error;
 }

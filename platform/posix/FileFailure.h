@@ -13,7 +13,7 @@ inline constexpr const char* posixErrorCodeKey = "POSIXErrorCode";
 // Whether a step was reading or writing; the same system error has another code for each.
 enum class FileAccess : std::uint8_t { Reading, Writing };
 
-// A file operation that failed. Thrown inside this folder only; the services turn it into an error value.
+// A file operation that failed. The services turn it into an error value.
 struct FileFailure {
     FileAccess access = FileAccess::Writing;
     std::string path;
@@ -25,7 +25,10 @@ struct FileFailure {
 // Throws a failure with the current errno.
 [[noreturn]] void throwErrno(FileAccess access, const std::string& path);
 
-// The error for people and programs: "could not <verb> '<path>': <system text>".
+// One line for people: "could not <verb> '<path>': <system text>".
+std::string descriptionOf(const FileFailure& failure, const std::string& verb);
+
+// The error with that text.
 foundation::Error errorOf(const FileFailure& failure, const std::string& verb);
 
 } // namespace platform

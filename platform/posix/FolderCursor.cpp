@@ -1,7 +1,8 @@
 #include "platform/posix/FolderCursor.h"
 
+#include "platform/posix/FolderListing.h"
+
 #include <cerrno>
-#include <fcntl.h>
 #include <utility>
 
 namespace platform {
@@ -20,7 +21,7 @@ void FolderCursor::moveTo(FileDescriptor folder) {
 }
 
 FileDescriptor FolderCursor::open(const std::string& name) const {
-    return FileDescriptor(::openat(descriptor(), name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    return openFolderIn(descriptor(), name);
 }
 
 void FolderCursor::enter(const std::string& name, FileDescriptor folder) {

@@ -1,6 +1,5 @@
 #include "platform/posix/FolderListing.h"
 
-#include "platform/posix/FileDescriptor.h"
 #include "platform/posix/PathText.h"
 
 #include <cerrno>
@@ -8,6 +7,7 @@
 #include <fcntl.h>
 #include <memory>
 #include <sys/stat.h>
+#include <utility>
 
 namespace platform {
 
@@ -30,24 +30,36 @@ bool findType(int folder, FolderEntry& entry) {
 
 } // namespace
 
-bool listFolder(int folder, std::vector<FolderEntry>& entries) {
+FileDescriptor openFolderIn(int folder, const std::string& name) {
+    return FileDescriptor(::openat(folder, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+}
+
+std::optional<std::vector<FolderEntry>> listFolder(int folder) {
     // A descriptor of its own, so that the listing begins at the first entry.
-    FileDescriptor own(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    FileDescriptor own = openFolderIn(folder, ".");
     if (!own.isOpen())
-        return false;
+        return std::nullopt;
     const std::unique_ptr<DIR, CloseStream> stream(::fdopendir(own.get()));
     if (!stream)
-        return false;
+        return std::nullopt;
     own.release();
+    std::vector<FolderEntry> entries;
     while (true) {
         errno = 0;
         const dirent* const found = ::readdir(stream.get());
         if (found == nullptr)
-            return errno == 0;
+            return errno == 0 ? std::optional(std::move(entries)) : std::nullopt;
         FolderEntry entry{static_cast<const char*>(found->d_name), static_cast<mode_t>(DTTOIF(found->d_type))};
         if (!isDots(entry.name) && findType(folder, entry))
             entries.push_back(std::move(entry));
     }
+}
+
+std::vector<FolderEntry> entriesOf(int folder, FileAccess access, const std::string& path) {
+    auto entries = listFolder(folder);
+    if (!entries)
+        throwErrno(access, path);
+    return *std::move(entries);
 }
 
 } // namespace platform

@@ -21,10 +21,6 @@ bool isOwnName(const std::string& name) {
     return name.size() < 128 && std::regex_match(name, own);
 }
 
-FileDescriptor openFolder(const std::string& path) {
-    return FileDescriptor(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-}
-
 bool isForsaken(int folder, std::chrono::seconds youngest) {
     struct stat status {};
     return ::fstat(folder, &status) == 0 && status.st_uid == ::geteuid() &&
@@ -34,7 +30,7 @@ bool isForsaken(int folder, std::chrono::seconds youngest) {
 } // namespace
 
 FileDescriptor keepFolder(const std::string& path) {
-    FileDescriptor folder = openFolder(path);
+    FileDescriptor folder = openFolderIn(AT_FDCWD, path);
     if (folder.isOpen() && ::flock(folder.get(), LOCK_SH | LOCK_NB) != 0)
         folder.close();
     return folder;
@@ -42,15 +38,15 @@ FileDescriptor keepFolder(const std::string& path) {
 
 void removeForsakenFolders(const std::string& temporaryRoot, const std::function<bool(const std::string&)>& isInUse,
                            std::chrono::seconds youngest) {
-    const FileDescriptor root = openFolder(temporaryRoot);
-    std::vector<FolderEntry> entries;
-    if (!root.isOpen() || !listFolder(root.get(), entries))
+    const FileDescriptor root = openFolderIn(AT_FDCWD, temporaryRoot);
+    const auto entries = listFolder(root.get());
+    if (!entries)
         return;
-    for (const FolderEntry& entry : entries) {
+    for (const FolderEntry& entry : *entries) {
         const std::string path = foundation::path::appendingPathComponent(temporaryRoot, entry.name);
         if (entry.type != S_IFDIR || !isOwnName(entry.name))
             continue;
-        const FileDescriptor folder = openFolder(path);
+        const FileDescriptor folder = openFolderIn(AT_FDCWD, path);
         if (!folder.isOpen() || !isForsaken(folder.get(), youngest) || isInUse(path))
             continue;
         try {

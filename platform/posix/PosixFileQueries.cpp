@@ -38,8 +38,7 @@ FileType typeOf(mode_t mode) {
 class EntryCollector : public FolderVisitor {
 public:
     std::vector<std::string> enterFolder(FolderCursor& at) override {
-        std::vector<FolderEntry> entries;
-        listFolder(at.descriptor(), entries);
+        std::vector<FolderEntry> entries = listFolder(at.descriptor()).value_or(std::vector<FolderEntry>());
         std::vector<std::string> folders;
         for (FolderEntry& entry : entries) {
             found.push_back(at.pathOf(entry.name));
@@ -79,12 +78,12 @@ std::optional<std::vector<std::string>> PosixFileQueries::contentsOfDirectory(co
     if (!isPath(path))
         return std::nullopt;
     const FileDescriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    std::vector<FolderEntry> entries;
-    if (!folder.isOpen() || !listFolder(folder.get(), entries))
+    auto entries = listFolder(folder.get());
+    if (!entries)
         return std::nullopt;
     std::vector<std::string> names;
-    names.reserve(entries.size());
-    for (FolderEntry& entry : entries)
+    names.reserve(entries->size());
+    for (FolderEntry& entry : *entries)
         names.push_back(std::move(entry.name));
     return names;
 }
@@ -93,7 +92,7 @@ std::vector<std::string> PosixFileQueries::entriesBelow(const std::string& path)
     EntryCollector collector;
     if (!isPath(path))
         return {};
-    FileDescriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    FileDescriptor folder = openFolderIn(AT_FDCWD, path);
     if (!folder.isOpen())
         return {};
     try {

@@ -2,9 +2,9 @@
 
 #include "platform/posix/ArgumentVector.h"
 #include "platform/posix/ChildProcess.h"
-#include "platform/posix/ChildWaiter.h"
 #include "platform/posix/PosixPipe.h"
 #include "platform/posix/PosixRunLoop.h"
+#include "platform/posix/WatchedChild.h"
 
 #include <csignal>
 #include <utility>
@@ -34,20 +34,14 @@ bool PosixTasks::launch(const TaskDescription& task, std::shared_ptr<RunLoop> lo
         return false;
     const auto inputEnd = input->readEnd();
     const auto outputEnd = output->writeEnd();
-    ChildWaiter waiter;
-    if (!inputEnd || !outputEnd || !waiter.isOpen())
+    if (!inputEnd || !outputEnd)
         return false;
-    const pid_t child = spawnChild(task, inputEnd->get(), outputEnd->get());
-    if (child < 0)
-        return false;
-    FileDescriptor ending = waiter.start(child);
-    if (!ending.isOpen())
+    const ChildStart start{.standardInput = inputEnd->get(), .standardOutput = outputEnd->get()};
+    if (!startWatchedChild(task, start, *reader, std::move(didTerminate)))
         return false;
     // Only the child holds these ends from now on: its end is the end of the output, and of anybody reading the input.
     input->closeReading();
     output->closeWriting();
-    reader->readToEnd(std::make_shared<FileDescriptor>(std::move(ending)),
-                      [end = std::move(didTerminate)](const std::string& bytes) { end(ChildWaiter::status(bytes)); });
     return true;
 }
 

@@ -56,10 +56,13 @@ std::array<timespec, 2> timesOf(const struct stat& status);
 // This process's environment, null-terminated.
 char** environment();
 
-// For the time between fork and exec; these two make plain system calls only.
+// For the time between fork and exec; these make plain system calls only.
 
 // Forks a process that was itself forked from one with several threads.
 pid_t forkAgain();
+
+// Has the system kill this process when the thread that started it ends. Does nothing where the system cannot do that.
+void endWithStarter();
 
 // Marks every descriptor but the standard streams to close when another program takes over, as far as that is possible.
 void closeInPrograms();

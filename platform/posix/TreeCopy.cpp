@@ -23,8 +23,7 @@ FileFailure insideItself(const std::string& path) {
 }
 
 FolderCursor openRoot(const ItemPlace& place, FileAccess access) {
-    FileDescriptor folder(
-        ::openat(place.folder.get(), place.name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    FileDescriptor folder = openFolderIn(place.folder.get(), place.name);
     if (!folder.isOpen())
         throwErrno(access, place.path);
     return {std::move(folder), place.path, access};
@@ -91,12 +90,9 @@ void TreeCopy::run() {
 std::vector<std::string> TreeCopy::enterFolder(FolderCursor& at) {
     folders_.back().traits = at.status();
     copyExtendedAttributes(at.descriptor(), to_.descriptor(), at.path(), to_.path());
-    std::vector<FolderEntry> entries;
-    if (!listFolder(at.descriptor(), entries))
-        throwErrno(reading, at.path());
     std::vector<std::string> files;
     std::vector<std::string> subfolders;
-    for (FolderEntry& entry : entries) {
+    for (FolderEntry& entry : entriesOf(at.descriptor(), reading, at.path())) {
         const char* const name = entry.name.c_str();
         if (entry.type == S_IFDIR) {
             subfolders.push_back(std::move(entry.name));

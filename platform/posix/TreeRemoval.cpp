@@ -43,7 +43,7 @@ FileDescriptor openUp(const FileDescriptor& place, const std::string& path) {
         // Where this fails, opening fails too and says why.
         changeModeOfPlace(place.get(), (status.st_mode & 07777) | S_IRWXU);
     }
-    FileDescriptor folder(::openat(place.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    FileDescriptor folder = openFolderIn(place.get(), ".");
     if (!folder.isOpen() && errno != ENOENT)
         throwErrno(writing, path);
     return folder;
@@ -56,11 +56,11 @@ public:
     explicit Removal(RemovalLimit limit) : limit_(limit) {}
 
     std::vector<std::string> enterFolder(FolderCursor& at) override {
-        std::vector<FolderEntry> entries;
-        if (!listFolder(at.descriptor(), entries) && errno != ENOENT)
+        auto entries = listFolder(at.descriptor());
+        if (!entries && errno != ENOENT)
             throwErrno(writing, at.path());
         std::vector<std::string> folders;
-        for (FolderEntry& entry : entries)
+        for (FolderEntry& entry : std::move(entries).value_or(std::vector<FolderEntry>()))
             if (entry.type == S_IFDIR)
                 folders.push_back(std::move(entry.name));
             else

@@ -9,7 +9,7 @@ from tests.functional.fault_rows import FaultRows, Start
 from tests.functional.installer_case import INSTALLED
 from tests.tools.trees import tree, without_times
 
-KINDS = ["open", "read", "write", "mkdir", "unlink", "rename", "spawn", "pipe", "socket", "thread"]
+KINDS = ["open", "read", "write", "mkdir", "unlink", "rename", "fork", "pipe", "socket", "thread"]
 LIBRARY = os.environ.get("TOLVIX_FAILING_CALLS", "")
 # How many calls of each kind are tried, spread over the run.
 SAMPLES = int(os.environ.get("TOLVIX_FAILING_SAMPLES", "4"))

@@ -318,18 +318,7 @@ class InterruptionTest(HelperTest):
         self.assert_gone(extractor)
 
 
-class ExitTest(HelperTest):
-    def test_a_failing_status_is_known_at_the_end_of_output(self):
-        for _ in range(200):
-            process = subprocess.Popen([self.helper, "attach", "/missing", "-mountpoint", self.mount],
-                                       stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
-            self.addCleanup(process.wait)
-            self.assertEqual(os.read(process.stdout.fileno(), 100), b"")
-            ended = os.waitid(os.P_PID, process.pid, os.WEXITED | os.WNOHANG | os.WNOWAIT)
-            process.stdout.close()
-            self.assertIsNotNone(ended)
-            self.assertEqual(ended.si_status, 1)
-
+class CommandLineTest(HelperTest):
     def test_senseless_command_lines_show_the_usage(self):
         image, mount = str(self.image()), str(self.mount)
         for words in ((), ("info",), ("attach", image), ("attach", "-mountpoint", mount),

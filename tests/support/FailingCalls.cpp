@@ -17,7 +17,6 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <pthread.h>
-#include <spawn.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -25,10 +24,10 @@
 
 namespace {
 
-enum Kind { Open, Read, Write, MakeFolder, Unlink, Rename, Spawn, Pipe, Socket, Thread, Kinds };
+enum Kind { Open, Read, Write, MakeFolder, Unlink, Rename, Fork, Pipe, Socket, Thread, Kinds };
 
-constexpr const char* names[Kinds] = {"open",   "read",  "write", "mkdir",  "unlink",
-                                      "rename", "spawn", "pipe",  "socket", "thread"};
+constexpr const char* names[Kinds] = {"open",   "read", "write", "mkdir",  "unlink",
+                                      "rename", "fork", "pipe",  "socket", "thread"};
 constexpr int errors[Kinds] = {EMFILE, EIO, ENOSPC, EROFS, EACCES, EIO, EAGAIN, EMFILE, EMFILE, EAGAIN};
 
 struct Plan {
@@ -162,11 +161,11 @@ int renameat2(int from, const char* path, int to, const char* newPath, unsigned 
                          : next<int (*)(int, const char*, int, const char*, unsigned)>("renameat2")(from, path, to,
                                                                                                     newPath, flags);
 }
-int posix_spawn(pid_t* child, const char* path, const posix_spawn_file_actions_t* actions,
-                const posix_spawnattr_t* attributes, char* const arguments[], char* const environment[]) noexcept {
-    if (fails(Spawn))
-        return errors[Spawn];
-    return next<decltype(&posix_spawn)>("posix_spawn")(child, path, actions, attributes, arguments, environment);
+pid_t fork() noexcept {
+    return fails(Fork) ? -1 : next<pid_t (*)()>("fork")();
+}
+pid_t _Fork() noexcept {
+    return fails(Fork) ? -1 : next<pid_t (*)()>("_Fork")();
 }
 int pipe(int ends[2]) noexcept {
     if (!isSanitizer(__builtin_return_address(0)) && fails(Pipe))

@@ -18,6 +18,8 @@ REFUSED = [
     ("platform/Files.h", '"', "platform/posix/FileDescriptor.h"),
     ("platform/posix/FileCopy.cpp", '"', "platform/qt/MainWindow.h"),
     ("platform/posix/FileCopy.cpp", "<", "sys/prctl.h"),
+    ("platform/posix/FileCopy.cpp", "<", "sys/syscall.h"),
+    ("platform/linux/hdiutil/main.cpp", '"', "Attach.h"),
     ("platform/qtcore/QtThreads.cpp", "<", "QWidget"),
     ("platform/qtcore/QtThreads.cpp", "<", "QtWidgets/QWidget"),
     ("platform/linux/LinuxLocale.cpp", "<", "QLocale"),

@@ -1,11 +1,11 @@
-#include "Attach.h"
+#include "platform/linux/hdiutil/Attach.h"
 
-#include "DiskImage.h"
-#include "ExtractedTree.h"
-#include "Failure.h"
-#include "FolderTree.h"
-#include "MountPoint.h"
-#include "SevenZip.h"
+#include "platform/linux/hdiutil/DiskImage.h"
+#include "platform/linux/hdiutil/ExtractedTree.h"
+#include "platform/linux/hdiutil/Failure.h"
+#include "platform/linux/hdiutil/MountPoint.h"
+#include "platform/linux/hdiutil/SevenZip.h"
+#include "platform/posix/FolderListing.h"
 
 #include <climits>
 #include <cstdio>
@@ -68,26 +68,27 @@ void checkCompleteness(const Extraction& extraction, const ExtractedTree& tree) 
 // The content of an HFS+ volume comes below a folder with the volume's name. A colon within a name has become "_",
 // which is tolerable: names on such volumes do without, because the character separates folders in their older
 // notation.
-FileDescriptor openVolume(int staging, FileSystem fileSystem) {
-    const std::vector<std::string> names = entryNames(staging);
-    if (fileSystem == FileSystem::Hfs && names.size() != 1)
+platform::FileDescriptor openVolume(int staging, FileSystem fileSystem) {
+    const auto entries = platform::entriesOf(staging, platform::FileAccess::Reading, "the volume");
+    if (fileSystem == FileSystem::Hfs && entries.size() != 1)
         throw Failure("the image does not hold exactly one volume");
-    FileDescriptor volume = openFolder(staging, fileSystem == FileSystem::Hfs ? names.front() : ".");
-    if (!volume)
+    auto volume = platform::openFolderIn(staging, fileSystem == FileSystem::Hfs ? entries.front().name : ".");
+    if (!volume.isOpen())
         throw systemFailure("could not open the volume");
     return volume;
 }
 
 FileSystem fill(MountPoint& mountPoint, const DiskImage& image, Interruption& interruption) {
     const SevenZip sevenZip(interruption);
-    const int staging = mountPoint.claim();
+    const platform::FileDescriptor folder = mountPoint.claim();
+    const int staging = folder.get();
     const Extraction extraction = sevenZip.extract(image, staging);
     ExtractedTree tree(SevenZip::linkPrefix, interruption);
     tree.mend(staging);
     restoreLinks(sevenZip, image, tree, staging);
     checkCompleteness(extraction, tree);
 
-    const FileDescriptor volume = openVolume(staging, extraction.fileSystem);
+    const platform::FileDescriptor volume = openVolume(staging, extraction.fileSystem);
     if (extraction.fileSystem == FileSystem::Hfs)
         ExtractedTree::removeHfsMetadata(volume.get());
     mountPoint.publish(volume.get());
@@ -97,13 +98,11 @@ FileSystem fill(MountPoint& mountPoint, const DiskImage& image, Interruption& in
 }
 
 // The reason, with a note if something stayed behind.
-Failure undone(MountPoint& mountPoint, const Interruption& interruption, const std::exception& reason) {
-    const int error = mountPoint.restore();
+Failure undone(MountPoint& mountPoint, const Interruption& interruption, const std::string& reason) {
+    const bool isEmpty = mountPoint.restore();
     if (interruption.isParentGone())
-        mountPoint.removeFolder();
-    if (error != 0)
-        return systemFailure(std::string(reason.what()) + "; the mount point is not empty", error);
-    return Failure{reason.what()};
+        mountPoint.removeIfEmpty();
+    return Failure(isEmpty ? reason : reason + "; the mount point is not empty");
 }
 
 } // namespace
@@ -115,8 +114,8 @@ void attach(const std::string& imagePath, const std::string& path) {
         const DiskImage image(imagePath);
         const char* type = partitionType(fill(mountPoint, image, interruption));
         std::printf("%s\t%s\t%s\n", imagePath.c_str(), type, mountPoint.resolvedPath().c_str());
-    } catch (const std::exception& reason) {
-        throw undone(mountPoint, interruption, reason);
+    } catch (...) {
+        throw undone(mountPoint, interruption, currentReason());
     }
 }
 

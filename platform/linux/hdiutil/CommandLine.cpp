@@ -1,4 +1,4 @@
-#include "CommandLine.h"
+#include "platform/linux/hdiutil/CommandLine.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Failure.h"
+#include "platform/linux/hdiutil/Failure.h"
 
 #include <string>
 #include <vector>

@@ -1,7 +1,7 @@
-#include "Detach.h"
+#include "platform/linux/hdiutil/Detach.h"
 
-#include "Interruption.h"
-#include "MountPoint.h"
+#include "platform/linux/hdiutil/Interruption.h"
+#include "platform/linux/hdiutil/MountPoint.h"
 
 #include <cstdio>
 

@@ -1,12 +1,13 @@
-#include "DiskImage.h"
+#include "platform/linux/hdiutil/DiskImage.h"
 
-#include "Failure.h"
+#include "platform/linux/hdiutil/Failure.h"
 
 #include <algorithm>
 #include <array>
 #include <fcntl.h>
 #include <string_view>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace hdiutil {
 namespace {
@@ -31,9 +32,9 @@ constexpr std::array<Signature, 7> plainSignatures = {{
 
 } // namespace
 
-DiskImage::DiskImage(const std::string& path) : _file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {
+DiskImage::DiskImage(const std::string& path) : file_(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)) {
     struct stat status {};
-    if (!_file || ::fstat(_file.get(), &status) != 0)
+    if (!file_.isOpen() || ::fstat(file_.get(), &status) != 0)
         throw systemFailure("could not open the image " + path);
     if (!S_ISREG(status.st_mode))
         throw Failure("the image is not a file");
@@ -41,14 +42,14 @@ DiskImage::DiskImage(const std::string& path) : _file(::open(path.c_str(), O_RDO
         throw Failure("the image is empty");
     if (isEncrypted(status.st_size))
         throw Failure("the image is encrypted");
-    _isPacked = status.st_size >= trailerSize && bytesAt(status.st_size - trailerSize, 4) == "koly";
-    if (!_isPacked && !holdsPlainBlocks())
+    isPacked_ = status.st_size >= trailerSize && bytesAt(status.st_size - trailerSize, 4) == "koly";
+    if (!isPacked_ && !holdsPlainBlocks())
         throw Failure("the file is not a disk image, or its end is missing");
 }
 
 std::string DiskImage::bytesAt(off_t offset, std::size_t count) const {
     std::string bytes(count, '\0');
-    const ssize_t length = offset < 0 ? -1 : ::pread(_file.get(), bytes.data(), count, offset);
+    const ssize_t length = offset < 0 ? -1 : ::pread(file_.get(), bytes.data(), count, offset);
     bytes.resize(length > 0 ? static_cast<std::size_t>(length) : 0);
     return bytes;
 }

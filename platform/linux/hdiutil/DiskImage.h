@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FileDescriptor.h"
+#include "platform/posix/FileDescriptor.h"
 
 #include <string>
 
@@ -14,18 +14,18 @@ public:
     explicit DiskImage(const std::string& path);
 
     // The open file; it belongs to this object.
-    int descriptor() const { return _file.get(); }
+    int descriptor() const { return file_.get(); }
 
     // Whether the contents are packed and described by a trailer, rather than the plain blocks of a disk or volume.
-    bool isPacked() const { return _isPacked; }
+    bool isPacked() const { return isPacked_; }
 
 private:
     std::string bytesAt(off_t offset, std::size_t count) const;
     bool isEncrypted(off_t size) const;
     bool holdsPlainBlocks() const;
 
-    FileDescriptor _file;
-    bool _isPacked = false;
+    platform::FileDescriptor file_;
+    bool isPacked_ = false;
 };
 
 } // namespace hdiutil

@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <stdexcept>
 #include <string>
-#include <system_error>
 
 namespace hdiutil {
 
@@ -14,8 +13,9 @@ public:
 };
 
 // A failed system call: what was tried, and the text of the error number (errno unless one is given).
-inline Failure systemFailure(const std::string& attempt, int error = errno) {
-    return Failure{attempt + ": " + std::generic_category().message(error)};
-}
+Failure systemFailure(const std::string& attempt, int error = errno);
+
+// Why the exception that is being handled was thrown: a Failure, a FileFailure, or another of the library's own.
+std::string currentReason();
 
 } // namespace hdiutil

@@ -1,6 +1,7 @@
-#include "Interruption.h"
+#include "platform/linux/hdiutil/Interruption.h"
 
-#include "Failure.h"
+#include "platform/linux/hdiutil/Failure.h"
+#include "platform/posix/ChildProcess.h"
 
 #include <ctime>
 #include <sys/prctl.h>
@@ -33,17 +34,15 @@ void deferInterruptions() {
     ::sigprocmask(SIG_BLOCK, &signals, nullptr);
 }
 
-Interruption::Interruption() : _parent(::getppid()) {
+Interruption::Interruption() : parent_(::getppid()) {
     deferInterruptions();
-    // An inherited "ignore" would reap the children before their status was read.
-    std::signal(SIGCHLD, SIG_DFL);
     sigset_t childSignal;
     ::sigemptyset(&childSignal);
     ::sigaddset(&childSignal, SIGCHLD);
     ::sigprocmask(SIG_BLOCK, &childSignal, nullptr);
 
     ::prctl(PR_SET_PDEATHSIG, SIGTERM);
-    _requested = isParentGone();
+    requested_ = isParentGone();
 }
 
 void Interruption::check() {
@@ -55,16 +54,15 @@ int Interruption::waitForChild(pid_t child) {
     sigset_t signals = terminatingSignals();
     ::sigaddset(&signals, SIGCHLD);
     int status = 0;
-    while (!_requested) {
+    while (!requested_) {
         if (::waitpid(child, &status, WNOHANG) == child)
             return status;
         const int signal = ::sigwaitinfo(&signals, nullptr);
         if (signal > 0 && signal != SIGCHLD)
-            _requested = true;
+            requested_ = true;
     }
     ::kill(child, SIGKILL);
-    while (::waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
-    }
+    platform::waitForChild(child);
     throw Failure("interrupted");
 }
 
@@ -72,17 +70,17 @@ bool Interruption::isParentGone() const {
     constexpr timespec pause{0, 10'000'000};
     constexpr int mostPauses = 100;
     // The signal comes with the end of the parent's thread, a moment before the process itself is gone.
-    for (int pauses = 0; _requested && ::getppid() == _parent && pauses < mostPauses; ++pauses)
+    for (int pauses = 0; requested_ && ::getppid() == parent_ && pauses < mostPauses; ++pauses)
         ::nanosleep(&pause, nullptr);
-    return ::getppid() != _parent;
+    return ::getppid() != parent_;
 }
 
 bool Interruption::isPending() {
     const sigset_t signals = terminatingSignals();
     const timespec atOnce{};
-    if (!_requested && ::sigtimedwait(&signals, nullptr, &atOnce) > 0)
-        _requested = true;
-    return _requested;
+    if (!requested_ && ::sigtimedwait(&signals, nullptr, &atOnce) > 0)
+        requested_ = true;
+    return requested_;
 }
 
 } // namespace hdiutil

@@ -27,8 +27,8 @@ public:
 private:
     bool isPending();
 
-    pid_t _parent;
-    bool _requested = false;
+    pid_t parent_;
+    bool requested_ = false;
 };
 
 } // namespace hdiutil

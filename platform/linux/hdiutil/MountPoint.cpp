@@ -1,135 +1,128 @@
-#include "MountPoint.h"
+#include "platform/linux/hdiutil/MountPoint.h"
 
-#include "Failure.h"
-#include "FolderTree.h"
+#include "platform/linux/PathFacts.h"
+#include "platform/linux/hdiutil/Failure.h"
+#include "platform/posix/FileIdentity.h"
+#include "platform/posix/PathText.h"
+#include "platform/posix/SystemCalls.h"
+#include "platform/posix/TreeRemoval.h"
+#include "platform/posix/UniqueRename.h"
 
-#include <climits>
-#include <cstdio>
 #include <fcntl.h>
+#include <unistd.h>
 
 namespace hdiutil {
 namespace {
 
+using platform::FileAccess;
+using platform::FileDescriptor;
+using platform::ItemPlace;
+
 constexpr mode_t attachedMode = 01555;
 constexpr mode_t modeBits = 07777;
 
-// Fails if the new name exists. Some file systems cannot promise that; there it is looked for first, in a folder that
-// nobody else writes to.
-int renameNew(int from, int to, const std::string& name) {
-    if (::renameat2(from, name.c_str(), to, name.c_str(), RENAME_NOREPLACE) == 0)
-        return 0;
-    if (errno != EINVAL && errno != ENOSYS)
-        return errno;
-    struct stat status {};
-    if (::fstatat(to, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0)
-        return EEXIST;
-    return ::renameat(from, name.c_str(), to, name.c_str()) == 0 ? 0 : errno;
+ItemPlace placeIn(int folder, const std::string& name) {
+    return {platform::openPlace(folder, ".", platform::Links::Refused), name, name};
 }
 
 } // namespace
 
-MountPoint::MountPoint(const std::string& path) {
-    // With a slash at its end, a link would be followed after all.
-    const std::size_t end = path.find_last_not_of('/');
-    const std::string trimmed = path.substr(0, end == std::string::npos ? 0 : end + 1);
-    const std::size_t slash = trimmed.rfind('/');
-    _name = trimmed.substr(slash + 1);
-    if (_name.empty() || _name == "." || _name == "..")
+MountPoint::MountPoint(const std::string& path) : place_(ItemPlace::of(path, FileAccess::Reading)) {
+    if (platform::isDots(place_.name))
         throw Failure(path + " cannot be a mount point");
-    const std::string parent = slash == std::string::npos ? "." : trimmed.substr(0, slash + 1);
-    _parent = FileDescriptor(::open(parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-    if (_parent)
-        _folder = openFolder(_parent.get(), _name);
-    if (!_folder || ::fstat(_folder.get(), &_status) != 0)
+    folder_ = platform::openFolderIn(place_.folder.get(), place_.name);
+    if (!folder_.isOpen() || ::fstat(folder_.get(), &status_) != 0)
         throw systemFailure("the mount point " + path + " is not a folder that can be used");
-    if (_status.st_uid != ::geteuid())
+    if (status_.st_uid != ::geteuid())
         throw Failure("the mount point " + path + " belongs to another user");
 }
 
-int MountPoint::claim() {
+FileDescriptor MountPoint::claim() {
     if (isMarked())
         throw Failure("the mount point is in use");
-    if (!entryNames(_folder.get()).empty())
+    if (!entries().empty())
         throw Failure("the mount point is not empty");
     const std::string name = ".attach." + std::to_string(::getpid());
-    if (::mkdirat(_folder.get(), name.c_str(), S_IRWXU) != 0)
+    if (::mkdirat(folder_.get(), name.c_str(), S_IRWXU) != 0)
         throw systemFailure("could not write to the mount point");
-    _stagingName = name;
-    _staging = openFolder(_folder.get(), name);
-    if (!_staging)
+    privateName_ = name;
+    made_.push_back(name);
+    FileDescriptor folder = platform::openFolderIn(folder_.get(), name);
+    if (!folder.isOpen())
         throw systemFailure("could not write to the mount point");
     // Of two that found the folder empty at the same time, neither goes on.
-    if (entryNames(_folder.get()).size() != 1)
+    if (entries().size() != 1)
         throw Failure("the mount point is in use");
-    return _staging.get();
+    return folder;
 }
 
 void MountPoint::publish(int folder) {
-    for (const std::string& name : entryNames(folder)) {
-        if (const int error = renameNew(folder, _folder.get(), name); error != 0)
+    ItemPlace from = placeIn(folder, {});
+    ItemPlace to = placeOf({});
+    for (const platform::FolderEntry& entry : platform::entriesOf(folder, FileAccess::Reading, "the volume")) {
+        from.name = to.name = entry.name;
+        if (const int error = platform::renameUnique(from, to); error != 0)
             throw systemFailure("could not move the volume into place", error);
-        _published.push_back(name);
+        made_.push_back(entry.name);
     }
 }
 
 void MountPoint::mark() {
-    TreeRemoval removal(_folder.get());
-    removal.removeEntry(_folder.get(), _stagingName);
-    if (removal.firstError() != 0 || ::fchmod(_folder.get(), attachedMode) != 0)
-        throw systemFailure("could not finish the mount point",
-                            removal.firstError() != 0 ? removal.firstError() : errno);
-    _stagingName.clear();
+    platform::removeItem(placeOf(privateName_));
+    std::erase(made_, privateName_);
+    if (::fchmod(folder_.get(), attachedMode) != 0)
+        throw systemFailure("could not finish the mount point");
 }
 
-int MountPoint::restore() noexcept {
-    if (_stagingName.empty() && !_staging)
-        return 0;
-    try {
-        ::fchmod(_folder.get(), _status.st_mode & modeBits);
-        TreeRemoval removal(_folder.get());
-        if (!_stagingName.empty())
-            removal.removeEntry(_folder.get(), _stagingName);
-        for (const std::string& name : _published)
-            removal.removeEntry(_folder.get(), name);
-        return removal.firstError();
-    } catch (const std::exception&) {
-        return EIO;
+bool MountPoint::restore() noexcept {
+    if (privateName_.empty())
+        return true;
+    ::fchmod(folder_.get(), status_.st_mode & modeBits);
+    bool allGone = true;
+    for (const std::string& name : made_) {
+        try {
+            platform::removeItem(placeOf(name));
+        } catch (...) {
+            // What is in the way is still there to be seen; the rest can go.
+            allGone = false;
+        }
     }
+    return allGone;
 }
 
 void MountPoint::detach() {
     if (!isMarked())
         throw Failure("nothing is attached there");
-    TreeRemoval removal(_folder.get());
-    ::fchmod(_folder.get(), S_IRWXU);
-    removal.removeContents(_folder.get());
-    const int error = removal.firstError() != 0 ? removal.firstError() : removeFolder();
-    if (error != 0) {
+    try {
+        platform::removeIfSame(place_, platform::identityOf(status_));
+    } catch (...) {
         // Marked again, so that the rest can be detached another time.
-        ::fchmod(_folder.get(), attachedMode);
-        throw systemFailure("could not remove everything", error);
+        ::fchmod(folder_.get(), attachedMode);
+        throw;
     }
 }
 
-int MountPoint::removeFolder() {
-    struct stat status {};
-    if (::fstatat(_parent.get(), _name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
-        return errno == ENOENT ? 0 : errno;
-    if (status.st_dev != _status.st_dev || status.st_ino != _status.st_ino)
-        return 0; // moved away or replaced meanwhile: no longer this one
-    return ::unlinkat(_parent.get(), _name.c_str(), AT_REMOVEDIR) == 0 || errno == ENOENT ? 0 : errno;
+void MountPoint::removeIfEmpty() {
+    struct stat found {};
+    if (::fstatat(place_.folder.get(), place_.name.c_str(), &found, AT_SYMLINK_NOFOLLOW) == 0 &&
+        platform::identityOf(found) == platform::identityOf(status_))
+        ::unlinkat(place_.folder.get(), place_.name.c_str(), AT_REMOVEDIR);
 }
 
 std::string MountPoint::resolvedPath() const {
-    std::string path(PATH_MAX, '\0');
-    const std::string link = "/proc/self/fd/" + std::to_string(_folder.get());
-    const ssize_t length = ::readlink(link.c_str(), path.data(), path.size());
-    path.resize(length > 0 ? static_cast<std::size_t>(length) : 0);
-    return path;
+    return platform::linkTarget("/proc/self/fd/" + std::to_string(folder_.get()));
 }
 
 bool MountPoint::isMarked() const {
-    return (_status.st_mode & modeBits) == attachedMode;
+    return (status_.st_mode & modeBits) == attachedMode;
+}
+
+ItemPlace MountPoint::placeOf(const std::string& name) const {
+    return placeIn(folder_.get(), name);
+}
+
+std::vector<platform::FolderEntry> MountPoint::entries() const {
+    return platform::entriesOf(folder_.get(), FileAccess::Reading, place_.path);
 }
 
 } // namespace hdiutil

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Interruption.h"
+#include "platform/linux/hdiutil/Interruption.h"
 
 #include <string>
 #include <vector>
@@ -18,11 +18,11 @@ struct ProgramResult {
 struct Program {
     std::string path; // absolute
     std::vector<std::string> arguments;
-    int input;  // open file that becomes standard input
-    int folder; // open folder that becomes the working folder
+    int input;          // open file that becomes standard input, or -1
+    std::string folder; // that becomes the working folder
 
-    // Runs the program with a small environment of its own, no umask and no other descriptors, and waits for it. It is
-    // killed with this process, and when the work is interrupted, which throws Failure.
+    // Runs the program with a small environment of its own and no other descriptors, and waits for it. It is killed
+    // with this process, and when the work is interrupted, which throws Failure.
     ProgramResult run(Interruption& interruption) const;
 };
 

@@ -1,16 +1,15 @@
-#include "SevenZip.h"
+#include "platform/linux/hdiutil/SevenZip.h"
 
-#include "Failure.h"
+#include "foundation/PathString.h"
+#include "platform/linux/PathFacts.h"
+#include "platform/linux/hdiutil/Failure.h"
 
 #include <algorithm>
 #include <cctype>
-#include <climits>
 #include <cstdlib>
-#include <fcntl.h>
 #include <map>
 #include <sstream>
 #include <string_view>
-#include <sys/stat.h>
 
 namespace hdiutil {
 namespace {
@@ -37,23 +36,13 @@ std::vector<std::string> valuesOf(const std::string& text, const std::string& ke
 
 std::vector<std::string> candidateFolders() {
     std::vector<std::string> folders;
-    char self[PATH_MAX];
-    const ssize_t length = ::readlink("/proc/self/exe", self, sizeof self);
-    if (length > 0) {
-        const std::string path(self, static_cast<std::size_t>(length));
-        folders.push_back(path.substr(0, path.rfind('/')));
-    }
+    folders.push_back(foundation::path::deletingLastPathComponent(platform::linkTarget("/proc/self/exe")));
     folders.insert(folders.end(), {"/usr/bin", "/usr/local/bin"});
     const char* searchPath = std::getenv("PATH");
     for (const std::string& folder : split(searchPath != nullptr ? searchPath : "", ':'))
         if (folder.starts_with('/') && std::find(folders.begin(), folders.end(), folder) == folders.end())
             folders.push_back(folder);
     return folders;
-}
-
-bool isProgram(const std::string& path) {
-    struct stat status {};
-    return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && ::access(path.c_str(), X_OK) == 0;
 }
 
 // The version in a banner such as "7-Zip (z) 26.02 (x64) : ..." or "7-Zip [64] 16.02 : ...".
@@ -69,9 +58,7 @@ std::optional<std::string> bannerVersion(const std::string& output) {
 }
 
 std::optional<std::string> versionOf(const std::string& path, Interruption& interruption) {
-    const FileDescriptor nothing(::open("/dev/null", O_RDONLY | O_CLOEXEC));
-    const FileDescriptor root(::open("/", O_PATH | O_CLOEXEC));
-    return bannerVersion(Program{path, {}, nothing.get(), root.get()}.run(interruption).output);
+    return bannerVersion(Program{path, {}, -1, "/"}.run(interruption).output);
 }
 
 // Only these lead to the volume, so that an archive is not taken for an image because of its name.
@@ -151,16 +138,16 @@ std::optional<std::time_t> timeOf(const std::string& text) {
 
 } // namespace
 
-SevenZip::SevenZip(Interruption& interruption) : _interruption(interruption) {
+SevenZip::SevenZip(Interruption& interruption) : interruption_(interruption) {
     std::string unfit;
     for (const char* name : {"7zz", "7z"}) {
         for (const std::string& folder : candidateFolders()) {
             const std::string path = folder + "/" + name;
-            if (!isProgram(path))
+            if (!platform::isExecutableFile(path))
                 continue;
             const std::optional<std::string> version = versionOf(path, interruption);
             if (version && std::atoi(version->c_str()) >= oldestVersion) {
-                _path = path;
+                path_ = path;
                 return;
             }
             if (unfit.empty())
@@ -179,7 +166,8 @@ Extraction SevenZip::extract(const DiskImage& image, int folder) const {
     const std::vector<std::string> arguments = {
         "x",  "-y",     "-bd", "-bsp0", "-bb0", "-snld20", "-sns-", formatSwitch(image), std::string("-o") + linkPrefix,
         "--", imagePath};
-    const ProgramResult result = Program{_path, arguments, image.descriptor(), folder}.run(_interruption);
+    const ProgramResult result =
+        Program{path_, arguments, image.descriptor(), "/proc/self/fd/" + std::to_string(folder)}.run(interruption_);
     if (result.status != 0)
         throw Failure("the volume could not be read" + detailOf(result.errors));
     return {fileSystemOf(result.output), fileCount(result.output)};
@@ -224,8 +212,7 @@ std::string SevenZip::targets(const DiskImage& image, const std::vector<std::str
 }
 
 ProgramResult SevenZip::runOn(const DiskImage& image, std::vector<std::string> arguments) const {
-    const FileDescriptor root(::open("/", O_PATH | O_CLOEXEC));
-    return Program{_path, std::move(arguments), image.descriptor(), root.get()}.run(_interruption);
+    return Program{path_, std::move(arguments), image.descriptor(), "/"}.run(interruption_);
 }
 
 } // namespace hdiutil

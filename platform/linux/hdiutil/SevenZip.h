@@ -1,8 +1,8 @@
 #pragma once
 
-#include "DiskImage.h"
-#include "Interruption.h"
-#include "Program.h"
+#include "platform/linux/hdiutil/DiskImage.h"
+#include "platform/linux/hdiutil/Interruption.h"
+#include "platform/linux/hdiutil/Program.h"
 
 #include <cstddef>
 #include <ctime>
@@ -51,8 +51,8 @@ public:
 private:
     ProgramResult runOn(const DiskImage& image, std::vector<std::string> arguments) const;
 
-    std::string _path;
-    Interruption& _interruption;
+    std::string path_;
+    Interruption& interruption_;
 };
 
 } // namespace hdiutil

@@ -2,11 +2,8 @@
 
 #include <cerrno>
 #include <cstdint>
-#include <cstdlib>
-#include <cstring>
 #include <fcntl.h>
 #include <linux/fs.h>
-#include <spawn.h>
 #include <string>
 #include <sys/ioctl.h>
 #include <sys/sendfile.h>
@@ -127,16 +124,4 @@ int renameatx_np(int fromFolder, const char* from, int toFolder, const char* to,
 extern "C" int darwin_removexattr(const char* path, const char* name, int options) {
     const std::string ownName = userAttributes + name;
     return options != 0 ? ::lremovexattr(path, ownName.c_str()) : ::removexattr(path, ownName.c_str());
-}
-
-extern "C" int darwin_posix_spawn(pid_t* child, const char* path, const posix_spawn_file_actions_t* actions,
-                                  const posix_spawnattr_t* attributes, char* const* arguments,
-                                  char* const* environment) {
-    const char* diskImageTool = std::getenv("TOLVIX_TEST_HDIUTIL");
-    const bool isDiskImageTool = diskImageTool != nullptr && std::strcmp(path, "/usr/bin/hdiutil") == 0;
-    return ::posix_spawn(child, isDiskImageTool ? diskImageTool : path, actions, attributes, arguments, environment);
-}
-
-extern "C" int posix_spawn_file_actions_addinherit_np(posix_spawn_file_actions_t* actions, int descriptor) {
-    return ::posix_spawn_file_actions_addclosefrom_np(actions, descriptor + 1);
 }
