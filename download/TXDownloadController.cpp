@@ -12,12 +12,6 @@ namespace {
 
 constexpr std::int64_t unknownLength = -1;
 
-// A remote name decides the local one. What is no single plain name would leave the private folder, or be it.
-bool isPlainFileName(const std::string& name) {
-    return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos &&
-           name.find('\0') == std::string::npos;
-}
-
 // Whole milliseconds since the reference date, and the product's name.
 std::string privateFolderName(double secondsSinceReferenceDate) {
     std::array<char, 64> name{};
@@ -63,7 +57,7 @@ void TXDownloadController::startDownload() {
 std::optional<foundation::URL> TXDownloadController::createTmpDirectoryForDownload() {
     platform::ProcessInfo& process = *platform::current().processInfo;
     const std::string name = _remoteURL->lastPathComponent();
-    if (!isPlainFileName(name))
+    if (!path::isPlainName(name))
         return std::nullopt;
     const std::string folder = path::appendingPathComponent(process.temporaryDirectory(),
                                                             privateFolderName(process.secondsSinceReferenceDate()));

@@ -88,6 +88,18 @@ std::vector<std::string> pathComponents(std::string_view path) {
     return components;
 }
 
+bool isPath(std::string_view text) {
+    return !text.empty() && text.find('\0') == std::string_view::npos;
+}
+
+bool isDots(std::string_view name) {
+    return name == "." || name == "..";
+}
+
+bool isPlainName(std::string_view text) {
+    return isPath(text) && !isDots(text) && text.find('/') == std::string_view::npos;
+}
+
 std::string expandingTilde(std::string_view path, std::string_view home) {
     if (path != "~" && path.substr(0, 2) != "~/")
         return std::string(path);

@@ -28,6 +28,15 @@ std::string appendingPathExtension(std::string_view path, std::string_view exten
 // "/a/b" gives "/", "a", "b"; a trailing slash gives a last "/".
 std::vector<std::string> pathComponents(std::string_view path);
 
+// Whether a text can be a path at all: not empty, and no zero byte that would cut it short.
+bool isPath(std::string_view text);
+
+// Whether the name is "." or "..".
+bool isDots(std::string_view name);
+
+// Whether the text names an item within a folder, and nothing outside of it.
+bool isPlainName(std::string_view text);
+
 // A leading "~" becomes the home folder.
 std::string expandingTilde(std::string_view path, std::string_view home);
 

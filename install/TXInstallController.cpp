@@ -16,10 +16,10 @@ using foundation::Error;
 constexpr const char* bundleName = "Tolvix.app";
 
 enum InstallErrorCode : std::int64_t {
-    extractionMissing = 4001,
+    ExtractionMissing = 4001,
     // Deliberate: a missing bundle and a failed launch share their code; the message tells them apart.
-    fileMissing = 4002,
-    launchFailure = 4002,
+    FileMissing = 4002,
+    LaunchFailure = 4002,
 };
 
 Error installerError(std::int64_t code, std::string_view pattern, const std::string& argument) {
@@ -78,13 +78,13 @@ void TXInstallController::startCopy() {
     if (!_extractedPath || !system.fileQueries->fileExists(*_extractedPath)) {
         return schedule(
             &TXInstallController::copyFailed,
-            installerError(extractionMissing, "Couldn't extract file at path: %@", foundation::textOf(_extractedPath)));
+            installerError(ExtractionMissing, "Couldn't extract file at path: %@", foundation::textOf(_extractedPath)));
     }
     closeRunningProduct();
     const std::string source = path::appendingPathComponent(*_extractedPath, bundleName);
     if (!system.fileQueries->fileExists(source)) {
         return schedule(&TXInstallController::copyFailed,
-                        installerError(fileMissing, "Couldn't find file at path: %@", source));
+                        installerError(FileMissing, "Couldn't find file at path: %@", source));
     }
     const std::string destination = Deployment::applicationPath();
     // From the removal of the old product until the new one stands there, no quit may leave neither.
@@ -126,7 +126,7 @@ void TXInstallController::startLaunch() {
         // An application that is shown to the person instead counts as launched.
         if (!workspace.launchApplication(application) && !workspace.selectFile(application, "")) {
             return schedule(&TXInstallController::launchFailed,
-                            installerError(launchFailure, "Couldn't open application at path: %@", application));
+                            installerError(LaunchFailure, "Couldn't open application at path: %@", application));
         }
     }
     platform::performOnMain(shared_from_this(), [](TXInstallController& self) { self.launchFinished(); });

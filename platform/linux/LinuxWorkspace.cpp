@@ -5,7 +5,6 @@
 #include "platform/linux/ProcessTable.h"
 #include "platform/posix/DestroyFiles.h"
 #include "platform/posix/FileDescriptor.h"
-#include "platform/posix/PathText.h"
 #include "platform/posix/WatchedChild.h"
 
 #include <algorithm>
@@ -130,7 +129,7 @@ bool LinuxWorkspace::openURL(const foundation::URL& url) {
 
 bool LinuxWorkspace::launchApplication(const std::string& path) {
     const auto name = textValue(bundles_, path, "CFBundleExecutable");
-    if (path.empty() || path.front() != '/' || !name || !isPlainName(*name))
+    if (path.empty() || path.front() != '/' || !name || !foundation::path::isPlainName(*name))
         return false;
     const std::string executable = appendingPathComponent(path, "Contents/MacOS/" + *name);
     if (!isExecutableFile(executable))

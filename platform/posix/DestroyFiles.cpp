@@ -1,7 +1,6 @@
 #include "platform/posix/DestroyFiles.h"
 
 #include "foundation/PathString.h"
-#include "platform/posix/PathText.h"
 
 #include <algorithm>
 #include <sys/stat.h>
@@ -18,7 +17,7 @@ bool exists(const std::string& path) {
 } // namespace
 
 bool destroyFiles(FileChanges& changes, const std::string& folder, const std::vector<std::string>& names) {
-    if (folder.empty() || !std::all_of(names.begin(), names.end(), isPlainName))
+    if (folder.empty() || !std::all_of(names.begin(), names.end(), foundation::path::isPlainName))
         return false;
     bool allGone = true;
     for (const std::string& name : names) {

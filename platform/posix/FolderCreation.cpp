@@ -1,10 +1,9 @@
 #include "platform/posix/FolderCreation.h"
 
+#include "foundation/PathString.h"
 #include "platform/posix/FileFailure.h"
-#include "platform/posix/PathText.h"
 #include "platform/posix/SystemCalls.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <unistd.h>
@@ -16,17 +15,6 @@ namespace platform {
 namespace {
 
 constexpr auto writing = FileAccess::Writing;
-
-std::vector<std::string> namesIn(const std::string& path) {
-    std::vector<std::string> names;
-    for (std::size_t at = 0; at < path.size();) {
-        const std::size_t end = std::min(path.find('/', at), path.size());
-        if (end > at)
-            names.push_back(path.substr(at, end - at));
-        at = end + 1;
-    }
-    return names;
-}
 
 // What is there may not be taken for a folder that this program made: another user could have put it there.
 void requireOwnFolder(const FileDescriptor& parent, const std::string& name, const std::string& path) {
@@ -52,9 +40,10 @@ bool makeFolder(const FileDescriptor& parent, const std::string& name, const std
 } // namespace
 
 void createFolders(const std::string& path, const std::function<void(const MadeFolder&)>& made) {
-    if (!isPath(path))
+    if (!foundation::path::isPath(path))
         throw FileFailure{writing, path, path.empty() ? ENOENT : EINVAL, {}};
-    const std::vector<std::string> names = namesIn(path);
+    std::vector<std::string> names = foundation::path::pathComponents(path);
+    std::erase(names, "/");
     std::string at = path.front() == '/' ? "/" : ".";
     FileDescriptor parent = openPlace(AT_FDCWD, at.c_str(), Links::Followed);
     if (at == ".")

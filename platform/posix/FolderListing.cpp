@@ -1,6 +1,6 @@
 #include "platform/posix/FolderListing.h"
 
-#include "platform/posix/PathText.h"
+#include "foundation/PathString.h"
 
 #include <cerrno>
 #include <dirent.h>
@@ -50,7 +50,7 @@ std::optional<std::vector<FolderEntry>> listFolder(int folder) {
         if (found == nullptr)
             return errno == 0 ? std::optional(std::move(entries)) : std::nullopt;
         FolderEntry entry{static_cast<const char*>(found->d_name), static_cast<mode_t>(DTTOIF(found->d_type))};
-        if (!isDots(entry.name) && findType(folder, entry))
+        if (!foundation::path::isDots(entry.name) && findType(folder, entry))
             entries.push_back(std::move(entry));
     }
 }

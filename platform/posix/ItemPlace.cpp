@@ -1,7 +1,6 @@
 #include "platform/posix/ItemPlace.h"
 
 #include "foundation/PathString.h"
-#include "platform/posix/PathText.h"
 #include "platform/posix/SystemCalls.h"
 
 #include <cerrno>
@@ -12,7 +11,7 @@ namespace platform {
 ItemPlace ItemPlace::of(const std::string& path, FileAccess access) {
     if (path.empty())
         throw FileFailure{access, path, ENOENT, {}};
-    if (!isPath(path))
+    if (!foundation::path::isPath(path))
         throw FileFailure{access, path, EINVAL, "the path has a zero byte"};
     ItemPlace place;
     place.path = path;

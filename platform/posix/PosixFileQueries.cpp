@@ -1,7 +1,7 @@
 #include "platform/posix/PosixFileQueries.h"
 
+#include "foundation/PathString.h"
 #include "platform/posix/FolderListing.h"
-#include "platform/posix/PathText.h"
 #include "platform/posix/SystemCalls.h"
 #include "platform/posix/TreeWalk.h"
 
@@ -16,7 +16,7 @@ namespace {
 
 std::optional<struct stat> statusOf(const std::string& path, int flags) {
     struct stat status {};
-    if (!isPath(path) || ::fstatat(AT_FDCWD, path.c_str(), &status, flags) != 0)
+    if (!foundation::path::isPath(path) || ::fstatat(AT_FDCWD, path.c_str(), &status, flags) != 0)
         return std::nullopt;
     return status;
 }
@@ -67,15 +67,15 @@ bool PosixFileQueries::fileExists(const std::string& path) {
 }
 
 bool PosixFileQueries::isReadableFile(const std::string& path) {
-    return isPath(path) && ::access(path.c_str(), R_OK) == 0;
+    return foundation::path::isPath(path) && ::access(path.c_str(), R_OK) == 0;
 }
 
 bool PosixFileQueries::isWritableFile(const std::string& path) {
-    return isPath(path) && ::access(path.c_str(), W_OK) == 0;
+    return foundation::path::isPath(path) && ::access(path.c_str(), W_OK) == 0;
 }
 
 std::optional<std::vector<std::string>> PosixFileQueries::contentsOfDirectory(const std::string& path) {
-    if (!isPath(path))
+    if (!foundation::path::isPath(path))
         return std::nullopt;
     const FileDescriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     auto entries = listFolder(folder.get());
@@ -90,7 +90,7 @@ std::optional<std::vector<std::string>> PosixFileQueries::contentsOfDirectory(co
 
 std::vector<std::string> PosixFileQueries::entriesBelow(const std::string& path) {
     EntryCollector collector;
-    if (!isPath(path))
+    if (!foundation::path::isPath(path))
         return {};
     FileDescriptor folder = openFolderIn(AT_FDCWD, path);
     if (!folder.isOpen())

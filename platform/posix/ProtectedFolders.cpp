@@ -1,7 +1,7 @@
 #include "platform/posix/ProtectedFolders.h"
 
+#include "foundation/PathString.h"
 #include "platform/posix/FileFailure.h"
-#include "platform/posix/PathText.h"
 #include "platform/posix/SystemCalls.h"
 
 #include <algorithm>
@@ -22,12 +22,12 @@ FileFailure refused(const std::string& path, int errorNumber, std::string reason
 
 void ProtectedFolders::requirePlainPath(const std::string& path) {
     const FileFailure failure = refused(path, EINVAL, "it is no plain absolute path");
-    if (!isPath(path) || path.front() != '/')
+    if (!foundation::path::isPath(path) || path.front() != '/')
         throw FileFailure(failure);
     for (std::size_t at = 1; at <= path.size();) {
         const std::size_t end = std::min(path.find('/', at), path.size());
         const std::string name = path.substr(at, end - at);
-        if (name.empty() || isDots(name))
+        if (name.empty() || foundation::path::isDots(name))
             throw FileFailure(failure);
         at = end + 1;
     }

@@ -1,7 +1,7 @@
 #include "platform/posix/TreeRemoval.h"
 
+#include "foundation/PathString.h"
 #include "platform/posix/FolderListing.h"
-#include "platform/posix/PathText.h"
 #include "platform/posix/SystemCalls.h"
 #include "platform/posix/TreeWalk.h"
 
@@ -96,7 +96,7 @@ void requireChangeableFolder(const ItemPlace& place) {
 }
 
 bool removeFolder(const ItemPlace& place, const std::function<void(int folder)>& check, RemovalLimit limit) {
-    if (isDots(place.name))
+    if (foundation::path::isDots(place.name))
         throw FileFailure{writing, place.path, EINVAL, {}};
     struct stat parent {};
     if (::fstat(place.folder.get(), &parent) != 0)

@@ -1,7 +1,6 @@
 #include "platform/qtcore/QtPreferences.h"
 
 #include "foundation/PathString.h"
-#include "platform/posix/PathText.h"
 #include "platform/qtcore/SettingsText.h"
 
 #include <cstdlib>
@@ -30,7 +29,7 @@ PreferencesFile QtPreferences::fileOf(const std::string& domain) const {
 }
 
 QtPreferences::Domain* QtPreferences::read(const std::string& domain) {
-    if (!isPlainName(domain))
+    if (!foundation::path::isPlainName(domain))
         return nullptr;
     const auto [place, isNew] = domains_.try_emplace(domain);
     if (isNew)

@@ -1,9 +1,9 @@
 #include "platform/linux/hdiutil/MountPoint.h"
 
+#include "foundation/PathString.h"
 #include "platform/linux/PathFacts.h"
 #include "platform/linux/hdiutil/Failure.h"
 #include "platform/posix/FileIdentity.h"
-#include "platform/posix/PathText.h"
 #include "platform/posix/SystemCalls.h"
 #include "platform/posix/TreeRemoval.h"
 #include "platform/posix/UniqueRename.h"
@@ -28,7 +28,7 @@ ItemPlace placeIn(int folder, const std::string& name) {
 } // namespace
 
 MountPoint::MountPoint(const std::string& path) : place_(ItemPlace::of(path, FileAccess::Reading)) {
-    if (platform::isDots(place_.name))
+    if (foundation::path::isDots(place_.name))
         throw Failure(path + " cannot be a mount point");
     folder_ = platform::openFolderIn(place_.folder.get(), place_.name);
     if (!folder_.isOpen() || ::fstat(folder_.get(), &status_) != 0)
