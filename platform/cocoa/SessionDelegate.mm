@@ -74,11 +74,23 @@ void takeHeaders(SessionTasks::Entry& entry, std::size_t limit, NSURLResponse* r
     entry.stopped = true;
 }
 
+// Where the answer redirects to, as the server put it.
+std::string locationIn(NSHTTPURLResponse* response) {
+    NSDictionary* fields = [response allHeaderFields];
+    for (NSString* name in fields)
+        if ([name caseInsensitiveCompare:@"location"] == NSOrderedSame)
+            return fromNSString([fields objectForKey:name]);
+    return {};
+}
+
 // Stops the task where the redirect may not be followed.
-void checkRedirect(SessionTasks::Entry& entry, long limit, NSURL* from, NSURL* to) {
+void checkRedirect(SessionTasks::Entry& entry, long limit, NSHTTPURLResponse* response, NSURL* to) {
+    NSURL* from = [response URL];
     const auto target = foundation::URL::withString(textOf(to));
     if (!target || (transfers::isSecure(textOf(from)) && !transfers::isSecure(textOf(to))))
         stop(entry, transfers::redirectFailure());
+    else if (const auto hostless = transfers::redirectTargetFailure(locationIn(response)))
+        stop(entry, *hostless);
     else if (const auto failure = transfers::webURLFailure(*target))
         stop(entry, *failure);
     else if (++entry.redirects > limit)
@@ -127,7 +139,7 @@ using platform::SessionTasks;
     if (entry && !entry->stopped)
         platform::takeHeaders(*entry, (*tasks_)->limits().headerBytes, response);
     if (entry && !entry->stopped)
-        platform::checkRedirect(*entry, (*tasks_)->limits().redirects, [response URL], [request URL]);
+        platform::checkRedirect(*entry, (*tasks_)->limits().redirects, response, [request URL]);
     const bool goesOn = entry && !entry->stopped;
     if (!goesOn)
         [task cancel];
