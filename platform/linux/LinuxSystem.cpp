@@ -32,6 +32,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <system_error>
 
 #include <unistd.h>
 
@@ -68,6 +69,10 @@ std::unique_ptr<MainInterface> makeMainInterface(QtBundles& bundles, ProcessInfo
                             informationText(bundles, "CFBundleName").value_or(""), display.plugIns});
 }
 
+void sayWhyNot(Console& console, const std::string& problem) {
+    console.log("The program cannot run here: " + problem + ".");
+}
+
 // Members are made from those above them.
 class LinuxSystem final : public System {
 public:
@@ -92,7 +97,12 @@ public:
         threads_.performInBackground(
             [root = processInfo_.temporaryDirectory()] { removeForsakenFolders(root, &isNamedByAProcess); });
         application_.setDelegate(delegate);
-        interface_->start(application_, delegate);
+        try {
+            interface_->start(application_, delegate);
+        } catch (const std::system_error& error) {
+            sayWhyNot(console_, error.what());
+            end(EXIT_FAILURE);
+        }
         return application_.run();
     }
 
@@ -128,12 +138,16 @@ private:
 } // namespace
 
 std::unique_ptr<System> makeSystem(const std::vector<std::string>& arguments) {
-    if (const auto problem = prepareProcess()) {
-        StandardErrorConsole(arguments.empty() ? std::string() : arguments.front())
-            .log("The program cannot run here: " + *problem + ".");
-        std::_Exit(EXIT_FAILURE);
+    auto problem = prepareProcess();
+    try {
+        if (!problem)
+            return std::make_unique<LinuxSystem>(arguments);
+    } catch (const std::system_error& error) {
+        problem = error.what();
     }
-    return std::make_unique<LinuxSystem>(arguments);
+    StandardErrorConsole console(arguments.empty() ? std::string() : arguments.front());
+    sayWhyNot(console, *problem);
+    std::_Exit(EXIT_FAILURE);
 }
 
 } // namespace platform

@@ -10,6 +10,7 @@
 #include <chrono>
 #include <future>
 #include <memory>
+#include <system_error>
 #include <thread>
 
 namespace platform {
@@ -39,7 +40,11 @@ bool showInFileManager(const std::string& uri) {
         return false;
     const auto answer = std::make_shared<std::promise<bool>>();
     std::future<bool> isShown = answer->get_future();
-    std::thread([answer, address, uri] { answer->set_value(askFileManager(address, uri)); }).detach();
+    try {
+        std::thread([answer, address, uri] { answer->set_value(askFileManager(address, uri)); }).detach();
+    } catch (const std::system_error&) {
+        return false;
+    }
     return isShown.wait_for(patience) == std::future_status::ready && isShown.get();
 }
 

@@ -22,7 +22,6 @@ public:
     // A step is destroyed on the main thread, or with this object when the loop ended before its turn.
     void performOnMain(std::function<void()> step) override;
 
-    // Where the system has no thread left, the step runs on the main thread instead: late, but never lost.
     bool performInBackground(std::function<void()> step) override;
 
     std::shared_ptr<RunLoop> makeRunLoop() override;

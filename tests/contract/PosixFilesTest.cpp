@@ -70,6 +70,7 @@ TEST_F(PosixFiles, ExtendedAttributesAreCopiedAndRemovedByName) {
     EXPECT_EQ(removeFrom("copy/file", 0), -1);
     EXPECT_EQ(errno, ENODATA);
     EXPECT_EQ(removeFrom("tree/link", platform::xattrNoFollow), -1);
+    EXPECT_EQ(removeFrom("tree/link", platform::xattrNoFollow | 2), -1) << "the option is one bit of several";
     EXPECT_EQ(value("target"), longValue);
     EXPECT_EQ(removeFrom("tree/link", 0), 0);
     EXPECT_EQ(value("target"), "none");

@@ -13,7 +13,7 @@ from pathlib import Path
 from typing import Callable, Dict, List, Optional
 
 from tests.functional.installer_case import (BUNDLE, CHECKED, DOWNLOADED, IDENTIFIER, INSTALLED, STARTED, InstallerCase,
-                                             make_sample_product)
+                                             make_image, make_sample_product)
 from tests.tools.trees import tree, without_times
 
 from services import Faults
@@ -166,3 +166,23 @@ def old_product(make: Callable[[Path], object]) -> Callable[[FaultRows, Start], 
     """A preparation: this stands where the product goes."""
     return lambda case, _: make(case.trial.application)
 
+
+def volume(change):
+    """A preparation: the image is made of a volume with the sample product, changed by this."""
+    def prepare(case, _):
+        folder = case.trial.folder / "volume"
+        make_sample_product(folder, identifier=IDENTIFIER)
+        change(folder)
+        make_image(str(folder), str(case.image), "Tolvix")
+    return prepare
+
+
+def executable(change):
+    """A preparation: the product is started at the end, its executable changed by this, and nothing can show it."""
+    def prepare(case, start):
+        volume(lambda folder: change(folder / "Tolvix.app" / "Contents" / "MacOS" / "Tolvix"))(case, start)
+        start.arguments.clear()
+        empty = case.trial.folder / "empty"
+        empty.mkdir()
+        start.environment.update(PATH=str(empty), DBUS_SESSION_BUS_ADDRESS="unix:path=/nonexistent")
+    return prepare

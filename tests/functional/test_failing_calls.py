@@ -5,8 +5,8 @@ import subprocess
 import unittest
 from pathlib import Path
 
-from tests.functional.fault_rows import FaultRows, Start
-from tests.functional.installer_case import INSTALLED
+from tests.functional.fault_rows import FaultRows, Start, executable
+from tests.functional.installer_case import DOWNLOADED, INSTALLED
 from tests.tools.trees import tree, without_times
 
 KINDS = ["open", "read", "write", "mkdir", "unlink", "rename", "fork", "pipe", "socket", "thread"]
@@ -24,31 +24,35 @@ def spread(count: int, samples: int) -> list:
 
 @unittest.skipUnless(LIBRARY and Path(LIBRARY).exists(), "needs the library that lets calls fail")
 class FailingCalls(FaultRows):
-    def run_with(self, program: str, call: str) -> subprocess.CompletedProcess:
+    def run_with(self, program: str, call: str, start: Start) -> subprocess.CompletedProcess:
         counts = self.folder / "counts"
         counts.write_bytes(bytes(4 * len(KINDS)))
         environment = self.trial.environment(LD_PRELOAD=LIBRARY, FAILING_PROGRAM=program, FAILING_CALL=call,
-                                             FAILING_COUNTS=str(counts), **Start().environment,
+                                             FAILING_COUNTS=str(counts), **start.environment,
                                              ASAN_OPTIONS="verify_asan_link_order=0")
-        run = subprocess.run(self.trial.command("--auto-start", "NO"), env=environment, stdin=subprocess.DEVNULL,
+        run = subprocess.run(self.trial.command(*start.arguments), env=environment, stdin=subprocess.DEVNULL,
                              capture_output=True, text=True, errors="replace", timeout=90)
         self.counts = dict(zip(KINDS, array.array("I", counts.read_bytes())))
         return run
 
-    def try_calls(self, program: str) -> None:
+    def try_calls(self, program: str, prepare=lambda case, start: None, steps=INSTALLED, kinds=KINDS) -> None:
         self.original_image = self.image.read_bytes()
         product = self.product_tree()
         self.begin_row(0)
         with self.trial:
-            self.assertEqual(self.posted_steps(self.run_with(program, "open:0")), INSTALLED)
+            start = Start()
+            prepare(self, start)
+            self.assertEqual(self.posted_steps(self.run_with(program, "open:0", start)), steps)
         number = 0
-        for kind, count in self.counts.items():
+        for kind, count in [(kind, self.counts[kind]) for kind in kinds]:
             for call in spread(count, SAMPLES):
                 number += 1
                 with self.subTest(program=program, kind=kind, call=call):
                     self.begin_row(number)
                     with self.trial:
-                        run = self.run_with(program, f"{kind}:{call}")
+                        start = Start()
+                        prepare(self, start)
+                        run = self.run_with(program, f"{kind}:{call}", start)
                         said = f"{run.stderr}\n{run.stdout}"
                         self.assertGreaterEqual(run.returncode, 0, said)
                         self.assertTrue(run.returncode == 0 or run.stderr.strip(), "ended without a word")
@@ -62,6 +66,10 @@ class FailingCalls(FaultRows):
 
     def test_installer(self):
         self.try_calls("TolvixInstaller")
+
+    def test_product_that_cannot_be_started(self):
+        self.try_calls("TolvixInstaller", executable(lambda path: path.unlink()), [*DOWNLOADED, "23.34"],
+                       ["spawn", "pipe", "socket", "thread"])
 
     def test_disk_image_helper(self):
         self.try_calls("hdiutil")

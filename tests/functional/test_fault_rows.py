@@ -1,14 +1,15 @@
 """What can go wrong, a line each: see fault_rows."""
 import os
+import re
 import shutil
 import signal
 import subprocess
 import time
 import unittest
 
-from tests.functional.fault_rows import (FaultRows, Row, answer, both, environment, faults, image_at, image_bytes,
-                                         in_sandbox, old_product, settings, shell, starter)
-from tests.functional.installer_case import IDENTIFIER, InstallerCase, make_image, make_sample_product
+from tests.functional.fault_rows import (FaultRows, Row, answer, both, environment, executable, faults, image_at,
+                                         image_bytes, in_sandbox, old_product, settings, shell, starter, volume)
+from tests.functional.installer_case import INSTALLED, InstallerCase
 
 NO_REASON = r"with error: \(null\)"
 CLOSED_PORT = "https://127.0.0.1:1"
@@ -30,16 +31,6 @@ def padded_answer(length):
     return prepare
 
 
-def volume(change):
-    """A preparation: the image is made of a volume with the sample product, changed by this."""
-    def prepare(case, _):
-        folder = case.trial.folder / "volume"
-        make_sample_product(folder, identifier=IDENTIFIER)
-        change(folder)
-        make_image(str(folder), str(case.image), "Tolvix")
-    return prepare
-
-
 def replace_with(make):
     """A change of a volume: in the product's place stands what `make` puts at the path."""
     def change(folder):
@@ -56,17 +47,6 @@ def helper(script, mode=0o755):
         path.write_text(f"#!/bin/sh\n{script}\n")
         path.chmod(mode)
     return in_sandbox(change)
-
-
-def executable(change):
-    """A preparation: the product is started at the end, its executable changed by this, and nothing can show it."""
-    def prepare(case, start):
-        volume(lambda folder: change(folder / "Tolvix.app" / "Contents" / "MacOS" / "Tolvix"))(case, start)
-        start.arguments.clear()
-        empty = case.trial.folder / "empty"
-        empty.mkdir()
-        start.environment.update(PATH=str(empty), DBUS_SESSION_BUS_ADDRESS="unix:path=/nonexistent")
-    return prepare
 
 
 def old_folder(mode=0o755):
@@ -287,7 +267,8 @@ class SettingsRows(FaultRows):
             Row("no version", without("CFBundleShortVersionString"), "installed"),
             Row("no product identifier", without("TXProductBundleIdentifier"), "installed"),
             Row("a version of another kind", in_sandbox(lambda trial: trial.set_information(CFBundleVersion=["1", "2"])),
-                "installed"),
+                "installed", after=lambda case, _: case.assertIn("currentSoftwareVersion=&",
+                                                                 case.services.binaries.requests[0].target)),
         ])
 
 
@@ -337,26 +318,39 @@ class KilledRuns(InstallerCase):
         process = subprocess.Popen(self.trial.command("--auto-start", "NO"), env=self.trial.environment(),
                                    stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
         try:
+            # As soon as the event has been printed.
+            said = ""
             for line in process.stderr:
-                if f"[INSTALLER_LOG] {step}" in line:
+                said += line
+                if f"[INSTALLER_LOG] {step}" in said and line == "}\n":
                     break
             process.kill()
             process.communicate(timeout=30)
         finally:
             process.kill()
             process.wait()
-        return process.returncode
+        self.assertEqual(process.returncode, -signal.SIGKILL)
+        return self.identifier(said)
+
+    @staticmethod
+    def identifier(printed):
+        """The one in printed events; there is no other."""
+        identifier, = set(re.findall(r"anonymouscomputerid = \"?([0-9A-F-]+)", printed))
+        return identifier
 
     def test_next_run_finds_nothing_in_its_way_and_tidies_up(self):
         for step in ("23.01", "23.12", "23.21", "23.22", "23.31"):
             with self.subTest(step):
-                self.assertEqual(self.kill_at(step), -signal.SIGKILL)
+                identifier = self.kill_at(step)
                 settings_folder = self.trial.home / ".config"
                 self.assertEqual([path.name for path in settings_folder.iterdir()],
                                  [f"{self.trial.information()['TXAgentPreferencesDomain']}.conf"])
                 # The helper that attaches for the killed run ends by itself, and folders made just now are left alone.
                 time.sleep(3.1)
-                self.expect_run(["23.01", "23.11", "23.12", "23.21", "23.22", "23.31", "23.32"], "--auto-start", "NO")
+                run = self.trial.run("--auto-start", "NO")
+                self.assertEqual(self.posted_steps(run), INSTALLED, run.stderr)
+                self.assertEqual(self.identifier(run.stderr), identifier)
+                self.assert_nothing_left()
 
 
 if __name__ == "__main__":

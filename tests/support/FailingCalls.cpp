@@ -4,7 +4,8 @@
 //   FAILING_CALL=kind:N     the N-th call of that kind fails, counted from 1; 0 for none
 //   FAILING_COUNTS=file     32-bit counts of the calls, in the order of the kinds below; the file must be long enough
 //
-// It sees calls through the dynamic linker only, so not those that the C library makes within itself.
+// It sees calls through the dynamic linker only, so not those that the C library makes within itself. Event descriptors
+// count as pipes and random numbers as reads, where the program itself asks for them: its libraries end it without.
 
 #include <atomic>
 #include <cerrno>
@@ -92,6 +93,11 @@ bool isSanitizer(void* caller) {
     return dladdr(caller, &place) != 0 && std::strstr(place.dli_fname, "san.so") != nullptr;
 }
 
+bool isProgram(void* caller) {
+    Dl_info place{};
+    return dladdr(caller, &place) != 0 && std::strstr(place.dli_fname, program_invocation_short_name) != nullptr;
+}
+
 template <class Function>
 Function next(const char* name) {
     return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
@@ -176,6 +182,16 @@ int pipe2(int ends[2], int flags) noexcept {
     if (!isSanitizer(__builtin_return_address(0)) && fails(Pipe))
         return -1;
     return next<int (*)(int*, int)>("pipe2")(ends, flags);
+}
+int eventfd(unsigned count, int flags) noexcept {
+    if (isProgram(__builtin_return_address(0)) && fails(Pipe))
+        return -1;
+    return next<int (*)(unsigned, int)>("eventfd")(count, flags);
+}
+ssize_t getrandom(void* buffer, size_t size, unsigned flags) noexcept {
+    if (isProgram(__builtin_return_address(0)) && fails(Read))
+        return -1;
+    return next<ssize_t (*)(void*, size_t, unsigned)>("getrandom")(buffer, size, flags);
 }
 int socket(int domain, int type, int protocol) noexcept {
     return fails(Socket) ? -1 : next<int (*)(int, int, int)>("socket")(domain, type, protocol);
