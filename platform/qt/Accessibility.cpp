@@ -23,6 +23,16 @@ public:
     }
 };
 
+class StageAccessible : public QAccessibleWidget {
+public:
+    explicit StageAccessible(StageLabel& label) : QAccessibleWidget(&label, QAccessible::Notification), label_(label) {}
+
+    bool isValid() const override { return QAccessibleWidget::isValid() && !label_.isQuiet(); }
+
+private:
+    StageLabel& label_;
+};
+
 } // namespace
 
 void Accessibility::install() {
@@ -33,7 +43,7 @@ QAccessibleInterface* Accessibility::describe(const QString& /*className*/, QObj
     if (auto* bar = qobject_cast<ProgressBar*>(object))
         return new ProgressBarAccessible(*bar);
     if (auto* label = qobject_cast<StageLabel*>(object))
-        return new QAccessibleWidget(label, QAccessible::Notification);
+        return new StageAccessible(*label);
     if (auto* sheet = qobject_cast<AlertSheet*>(object))
         return new AlertAccessible(sheet);
     if (auto* window = qobject_cast<MainWindow*>(object))

@@ -81,7 +81,10 @@ void MainWindow::removeSheet() {
     layout()->removeWidget(sheet_);
     sheet_->deleteLater();
     sheet_ = nullptr;
+    // The stage is read with the keyboard's return to it, and would be twice.
+    ui_->textIndicator->setQuiet(true);
     ui_->content->show();
+    ui_->textIndicator->setQuiet(false);
     ui_->textIndicator->setFocus();
     fit();
 }

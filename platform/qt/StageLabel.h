@@ -16,8 +16,15 @@ public:
 
     void setStringValue(const std::string& text) override;
 
+    // While it is quiet, screen readers are not told that it appears.
+    void setQuiet(bool quiet) { quiet_ = quiet; }
+    bool isQuiet() const { return quiet_; }
+
 signals:
     void textChanged(const QString& text);
+
+private:
+    bool quiet_ = false;
 };
 
 } // namespace platform

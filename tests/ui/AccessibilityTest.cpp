@@ -1,3 +1,4 @@
+#include "platform/qt/StageLabel.h"
 #include "tests/ui/AccessibilityBus.h"
 #include "tests/ui/InterfaceTest.h"
 
@@ -72,6 +73,21 @@ TEST_F(AccessibilityTest, ANewStageIsSpokenOnce) {
     interface().textIndicator().setStringValue("Installing");
     QTest::qWait(200);
     EXPECT_EQ(heardStage("Installing"), 1);
+}
+
+// The keyboard comes to the first stage with the window, and to the later ones after a question; it is read then.
+TEST_F(AccessibilityTest, AStageIsNotSpokenAsWellWhereTheKeyboardComesToIt) {
+    platform::StageLabel label;
+    label.setStringValue("First");
+    label.setStringValue("Second");
+    EXPECT_TRUE(eventually([this] { return heardStage("Second") == 1; }));
+    reader_->events.clear();
+    interface().alerts().beginSheet({.messageText = "Title", .informativeText = "Text", .buttons = {"Go on"}},
+                                    [](int) {});
+    letWindowSettle();
+    press(window(), Qt::Key_Return);
+    EXPECT_TRUE(eventually([this] { return !reader_->heard("focused", 1, AccessibilityBus::Notification).empty(); }));
+    EXPECT_EQ(heardStage("Downloading"), 0);
 }
 
 TEST_F(AccessibilityTest, AnAlertIsReadAsAWholeAndOnce) {
