@@ -63,6 +63,11 @@ class Desktop(VirtualDisplay):
         self._ask("windowactivate", "--sync", window)
         self._ask("key", "--clearmodifiers", key)
 
+    def minimise(self, process: int, window: str) -> None:
+        """Waits until the process's only window has left the screen."""
+        self._ask("windowminimize", window)
+        self.wait_for_windows(process, 0)
+
     def close(self, window: str) -> None:
         """Lets the window manager close the window, as its close button does."""
         self.press(window, "alt+F4")

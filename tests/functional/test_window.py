@@ -1,5 +1,6 @@
 """The window as a person meets it: real keys on a real display, from the first stage to the last alert."""
 import os
+import signal
 import subprocess
 import time
 import unittest
@@ -81,6 +82,16 @@ class WindowOnDesktop(InstallerCase):
         self.desktop.press(window, "Tab")
         self.desktop.press(window, "space")
         self.expect_end(process, CHECKED)
+
+    def test_a_minimised_window_stays_so_until_the_person_brings_it_back(self):
+        process, window = self.start_busy()
+        without = self.desktop.height(window)
+        self.desktop.minimise(process.pid, window)
+        process.send_signal(signal.SIGTERM)
+        time.sleep(ANSWERED_AFTER)
+        self.assertEqual(self.desktop.windows(process.pid), [])
+        self.desktop.press(window, "shift")
+        self.wait_for_sheet(window, without)
 
     def wait_for_sheet(self, window, without):
         """The window has grown from its height without a sheet, and been there long enough to take an answer."""
