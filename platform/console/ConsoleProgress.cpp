@@ -13,13 +13,14 @@ namespace {
 
 constexpr std::chrono::milliseconds shortestPause{50};
 constexpr std::size_t widestLine = 72;
+constexpr std::size_t keptFree = 3;
 
-// "[####      ]  40%", or the number alone where there is no room. The last column stays free: writing there would
-// begin a new line on some terminals.
+// "[####      ]  40%", or the number alone where there is no room. The last columns stay free: for the "^C" that a
+// terminal shows, and because writing in the very last one would begin a new line on some.
 std::string barText(int percent, std::size_t columns) {
     std::string number = std::to_string(percent) + '%';
     number.insert(0, 4 - std::min<std::size_t>(number.size(), 4), ' ');
-    const std::size_t width = std::min(columns - 1, widestLine);
+    const std::size_t width = std::min(columns - std::min(columns, keptFree), widestLine);
     const std::size_t frame = number.size() + 3;
     if (width < frame + 4)
         return number.substr(0, width);

@@ -208,11 +208,11 @@ TEST(ConsoleInterfaceTest, theBarStaysOnOneLine) {
     std::string output = session.readUntil("  0%");
     session.step();
     output += session.readUntil(" 50%");
-    EXPECT_EQ(screen(output), Lines{"[################                ]  50%"});
+    EXPECT_EQ(screen(output), Lines{"[###############               ]  50%"});
     EXPECT_LE(std::count(output.begin(), output.end(), '\r'), 6) << "50,000 steps are not as many drawings";
     session.step();
     output += session.readUntil("100%");
-    EXPECT_EQ(withoutBanners(screen(output)), (Lines{"log: logged", "[################################] 100%"}));
+    EXPECT_EQ(withoutBanners(screen(output)), (Lines{"log: logged", "[##############################] 100%"}));
     session.step();
     output += session.readToEnd();
     EXPECT_EQ(withoutBanners(screen(output)), (Lines{"log: logged", "Installing", ""}));
