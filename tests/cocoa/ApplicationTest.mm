@@ -1,25 +1,28 @@
+// The application, and hand-over between threads.
+
 #include "platform/cocoa/CocoaApplication.h"
 #include "platform/cocoa/CocoaThreads.h"
+#include "tests/cocoa/MainLoop.h"
 #include "tests/contract/ApplicationContract.h"
+#include "tests/contract/ThreadsContract.h"
 
 namespace tests {
 
 namespace {
 
-class CocoaWorld {
-public:
-    platform::Application& application() { return application_; }
-    void later(std::function<void()> step) { threads_.performOnMain(std::move(step)); }
+struct CocoaWorld {
+    void later(std::function<void()> step) { threads.performOnMain(std::move(step)); }
     void run(platform::ApplicationDelegate& delegate, std::function<void()> end) {
-        application_.run(delegate, std::move(end));
+        application.run(delegate, std::move(end));
     }
+    static bool runUntil(const std::function<bool()>& condition) { return ::runUntil(condition); }
 
-private:
-    platform::CocoaApplication application_;
-    platform::CocoaThreads threads_;
+    platform::CocoaApplication application;
+    platform::CocoaThreads threads;
 };
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Cocoa, ApplicationContract, CocoaWorld);
+INSTANTIATE_TYPED_TEST_SUITE_P(Cocoa, ThreadsContract, CocoaWorld);
 
 } // namespace
 

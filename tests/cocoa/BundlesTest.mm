@@ -1,6 +1,7 @@
 #include "platform/cocoa/CocoaBundles.h"
 #include "tests/cocoa/TestBundle.h"
 #include "tests/contract/BundlesContract.h"
+#include "tests/contract/FolderWorld.h"
 
 #include <sys/stat.h>
 
@@ -8,24 +9,17 @@ namespace tests {
 
 namespace {
 
-class CocoaWorld {
-public:
-    platform::Bundles& bundles() { return bundles_; }
-    std::string folder() const { return folder_.path(); }
-    std::string mainPath() const { return main_.path(); }
-    void addFile(const std::string& path) const { folder_.write(path.substr(folder().size() + 1), ""); }
+struct CocoaWorld : FolderWorld {
+    std::string mainPath() const { return main.path(); }
     void setVersion(const std::string& path, const std::string& version) const {
-        folder_.write(path.substr(folder().size() + 1) + "/Contents/Info.plist",
-                      "<?xml version=\"1.0\" encoding=\"UTF-8\"?><plist version=\"1.0\"><dict>"
-                      "<key>CFBundleVersion</key><string>" +
-                          version + "</string></dict></plist>");
+        addFile(path + "/Contents/Info.plist", "<?xml version=\"1.0\" encoding=\"UTF-8\"?><plist version=\"1.0\"><dict>"
+                                               "<key>CFBundleVersion</key><string>" +
+                                                   version + "</string></dict></plist>");
     }
 
-private:
-    TestFolder folder_;
-    const TestBundle main_{
+    const TestBundle main{
         "<key>Text</key><string>y\xC3\xA9s</string><key>Flag</key><true/>", {"en"}, "\"KEY\" = \"y\xC3\xA9s\";"};
-    platform::CocoaBundles bundles_{main_.path()};
+    platform::CocoaBundles bundles{main.path()};
 };
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Cocoa, BundlesContract, CocoaWorld);

@@ -4,9 +4,9 @@
 #include "platform/cocoa/CocoaProcessInfo.h"
 #include "platform/cocoa/CocoaWorkspace.h"
 #include "platform/posix/PosixFileChanges.h"
+#include "tests/contract/FolderWorld.h"
 #include "tests/contract/PreferencesContract.h"
 #include "tests/contract/SurroundingsContract.h"
-#include "tests/contract/TestFolder.h"
 #include "tests/contract/WorkspaceContract.h"
 
 #ifdef GNUSTEP
@@ -22,9 +22,8 @@ namespace tests {
 
 namespace {
 
-class CocoaPreferencesWorld {
-public:
-    void run(const std::function<void(Preferences&)>& step) {
+struct CocoaPreferencesWorld {
+    static void run(const std::function<void(Preferences&)>& step) {
 #ifdef GNUSTEP
         forgetUnstoredPreferences();
 #endif
@@ -33,27 +32,14 @@ public:
     }
 };
 
-class CocoaSurroundingsWorld {
-public:
-    ProcessInfo& info() { return info_; }
-    Locale& locale() { return locale_; }
-
-private:
-    CocoaProcessInfo info_{{"program"}, ""};
-    CocoaLocale locale_;
+struct CocoaSurroundingsWorld {
+    CocoaProcessInfo info{{"program"}, ""};
+    CocoaLocale locale;
 };
 
-class CocoaWorkspaceWorld {
-public:
-    Workspace& workspace() { return workspace_; }
-    std::string folder() const { return folder_.path(); }
-    void addFile(const std::string& path) const { folder_.write(path.substr(folder().size() + 1), ""); }
-    static bool has(const std::string& path) { return std::filesystem::exists(path); }
-
-private:
-    TestFolder folder_;
-    PosixFileChanges changes_{ProtectedPaths{}};
-    CocoaWorkspace workspace_{changes_};
+struct CocoaWorkspaceWorld : FolderWorld {
+    PosixFileChanges changes{ProtectedPaths{}};
+    CocoaWorkspace workspace{changes};
 };
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Cocoa, PreferencesContract, CocoaPreferencesWorld);

@@ -36,7 +36,7 @@ public:
     std::string calls;
 };
 
-// What every application does. A `World` has `application()`, `later(step)`, which runs the step after what the main
+// What every application does. A `World` has `application`, `later(step)`, which runs the step after what the main
 // thread has to do by then, and `run(delegate, end)`, which runs the main loop and calls `end` when the program ends.
 template <class World>
 class ApplicationContract : public testing::Test {
@@ -50,7 +50,7 @@ protected:
         delegate.asked = [&] { play(world, delegate, answerWithin); };
         delegate.launched = [&] { play(world, delegate, turns); };
         if (early)
-            world.application().terminate();
+            world.application.terminate();
         world.run(delegate, [&] {
             std::fputs(delegate.calls.c_str(), stderr);
             std::_Exit(0);
@@ -64,9 +64,9 @@ private:
         delegate.calls += turns.empty() ? "" : "/ ";
         for (std::size_t at = 0; at < turns.size(); ++at) {
             if (turns[at] == 'q') {
-                world.application().terminate();
+                world.application.terminate();
             } else if (turns[at] != ' ') {
-                world.application().replyToApplicationShouldTerminate(turns[at] == 'y');
+                world.application.replyToApplicationShouldTerminate(turns[at] == 'y');
             } else {
                 world.later([&, rest = turns.substr(at + 1)] { play(world, delegate, rest); });
                 break;

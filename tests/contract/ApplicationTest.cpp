@@ -17,47 +17,39 @@ namespace {
 
 using platform::QtThreads;
 
-class QtApplicationWorld {
-public:
-    platform::Application& application() { return application_; }
-    void later(std::function<void()> step) { QTimer::singleShot(1, &guard_, std::move(step)); }
+struct QtApplicationWorld {
+    void later(std::function<void()> step) { QTimer::singleShot(1, &guard, std::move(step)); }
     void run(platform::ApplicationDelegate& delegate, const std::function<void()>& end) {
-        application_.setDelegate(delegate);
+        application.setDelegate(delegate);
         // Ends a loop that a fault keeps from ending.
-        QTimer::singleShot(10000, &guard_, [] { QCoreApplication::exit(99); });
-        if (application_.run() == 0)
+        QTimer::singleShot(10000, &guard, [] { QCoreApplication::exit(99); });
+        if (application.run() == 0)
             end();
     }
 
-private:
-    platform::QtApplication application_;
-    QObject guard_;
+    platform::QtApplication application;
+    QObject guard;
 };
 
-class FakeApplicationWorld {
-public:
-    platform::Application& application() { return application_; }
-    void later(std::function<void()> step) { threads_.performOnMain(std::move(step)); }
+struct FakeApplicationWorld {
+    void later(std::function<void()> step) { threads.performOnMain(std::move(step)); }
     void run(platform::ApplicationDelegate& delegate, const std::function<void()>& end) {
-        application_.delegate = &delegate;
+        application.delegate = &delegate;
         delegate.applicationDidFinishLaunching();
-        threads_.runAll();
-        if (application_.ended)
+        threads.runAll();
+        if (application.ended)
             end();
     }
 
-private:
-    FakeThreads threads_;
-    FakeApplication application_{threads_};
+    FakeThreads threads;
+    FakeApplication application{threads};
 };
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Qt, ApplicationContract, QtApplicationWorld);
 INSTANTIATE_TYPED_TEST_SUITE_P(Fake, ApplicationContract, FakeApplicationWorld);
 
-class QtThreadsWorld {
-public:
-    platform::Threads& threads() { return threads_; }
-    bool runUntil(const std::function<bool()>& condition) {
+struct QtThreadsWorld {
+    static bool runUntil(const std::function<bool()>& condition) {
         QTimer limit;
         limit.setSingleShot(true);
         limit.start(20000);
@@ -66,20 +58,16 @@ public:
         return condition();
     }
 
-private:
-    QtThreads threads_;
+    QtThreads threads;
 };
 
-class FakeThreadsWorld {
-public:
-    platform::Threads& threads() { return threads_; }
+struct FakeThreadsWorld {
     bool runUntil(const std::function<bool()>& condition) {
-        threads_.runAll();
+        threads.runAll();
         return condition();
     }
 
-private:
-    FakeThreads threads_;
+    FakeThreads threads;
 };
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Qt, ThreadsContract, QtThreadsWorld);
@@ -118,7 +106,7 @@ TEST_F(QtThreadsTest, whatAStepHoldsGoesOnTheMainThread) {
         threads_.performInBackground([&, witnesses] {
             for (std::shared_ptr<Witness>& witness : *witnesses)
                 threads_.performOnMain([witness = std::move(witness)] {});
-            threads_.performOnMain([&] { world_.application().terminate(); });
+            threads_.performOnMain([&] { world_.application.terminate(); });
         });
     });
     EXPECT_EQ(elsewhere, 0);
@@ -139,7 +127,7 @@ TEST_F(QtThreadsTest, backgroundStepsHaveLoopsOfTheirOwn) {
     run([&] {
         threads_.performInBackground([&] {
             EXPECT_FALSE(threads_.makeRunLoop()->runOnce(std::chrono::milliseconds(1)));
-            threads_.performOnMain([&] { world_.application().terminate(); });
+            threads_.performOnMain([&] { world_.application.terminate(); });
         });
     });
 }

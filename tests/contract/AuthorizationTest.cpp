@@ -149,28 +149,19 @@ namespace tests {
 
 namespace {
 
-class LinuxWorld {
-public:
-    Authorization& authorization() { return authorization_; }
-    static std::vector<std::string> arguments(int status) { return {"-c", "exit " + std::to_string(status)}; }
+struct LinuxWorld : RealTools<LinuxAuthorization> {
     static std::string missing() { return ::geteuid() == 0 ? "" : "root"; }
-
-private:
-    LinuxAuthorization authorization_;
 };
 
-class FakeWorld {
-public:
-    Authorization& authorization() { return authorization_; }
+struct FakeWorld {
     std::vector<std::string> arguments(int status) {
-        authorization_.waitResults[static_cast<int>(authorization_.commands.size()) + 1] = status << 8;
+        authorization.waitResults[static_cast<int>(authorization.commands.size()) + 1] = status << 8;
         return {};
     }
     static std::string missing() { return {}; }
 
-private:
-    FakeFiles files_;
-    FakeAuthorization authorization_{files_};
+    FakeFiles files;
+    FakeAuthorization authorization{files};
 };
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Linux, AuthorizationContract, LinuxWorld);

@@ -7,7 +7,7 @@
 
 namespace tests {
 
-// What all bundles do. A `World` has `bundles()`, whose main one has the flag "Flag", the text "Text" and the localized
+// What all bundles do. A `World` has `bundles`, whose main one has the flag "Flag", the text "Text" and the localized
 // text "KEY", all saying yes, and lies at `mainPath()`; a `folder()`; `addFile(path)`; and `setVersion(path, version)`,
 // which makes a folder with that version and nothing else in its information.
 template <class World>
@@ -18,7 +18,7 @@ protected:
 TYPED_TEST_SUITE_P(BundlesContract);
 
 TYPED_TEST_P(BundlesContract, readsTheMainBundle) {
-    platform::Bundles& bundles = this->world_.bundles();
+    platform::Bundles& bundles = this->world_.bundles;
     EXPECT_EQ(bundles.mainBundlePath(), this->world_.mainPath());
     EXPECT_EQ(bundles.objectForInfoDictionaryKey("Text"), foundation::Value("y\xC3\xA9s"));
     EXPECT_EQ(bundles.objectForInfoDictionaryKey("Flag"), foundation::Value(true));
@@ -31,7 +31,7 @@ TYPED_TEST_P(BundlesContract, readsTheMainBundle) {
 
 TYPED_TEST_P(BundlesContract, everyFolderIsABundleAndReadAnewEachTime) {
     using Dictionary = foundation::Value::Dictionary;
-    platform::Bundles& bundles = this->world_.bundles();
+    platform::Bundles& bundles = this->world_.bundles;
     const std::string path = this->world_.folder() + "/Product.app";
     EXPECT_EQ(bundles.bundleInformation(path), std::nullopt);
     this->world_.addFile(path + "/Contents/file");

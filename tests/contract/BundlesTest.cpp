@@ -1,7 +1,7 @@
 #include "platform/qtcore/QtBundles.h"
 
 #include "tests/contract/BundlesContract.h"
-#include "tests/contract/TestFolder.h"
+#include "tests/contract/FolderWorld.h"
 #include "tests/support/FakeBundles.h"
 
 #include <gtest/gtest.h>
@@ -142,50 +142,34 @@ namespace tests {
 
 namespace {
 
-class QtWorld {
-public:
+struct QtWorld : FolderWorld {
     QtWorld() {
-        folder_.write("Main.app/Contents/Info.plist",
-                      plist("<dict><key>Text</key><string>y\xC3\xA9s</string><key>Flag</key><true/></dict>"));
-        folder_.write("Main.app/Contents/Resources/en.lproj/Localizable.strings", "\"KEY\" = \"y\xC3\xA9s\";");
+        addFile(mainPath() + "/Contents/Info.plist",
+                plist("<dict><key>Text</key><string>y\xC3\xA9s</string><key>Flag</key><true/></dict>"));
+        addFile(mainPath() + "/Contents/Resources/en.lproj/Localizable.strings", "\"KEY\" = \"y\xC3\xA9s\";");
     }
 
-    platform::Bundles& bundles() { return bundles_; }
-    std::string folder() const { return folder_.path(); }
-    std::string mainPath() const { return folder_.path("Main.app"); }
-    void addFile(const std::string& path) const { write(path, ""); }
+    std::string mainPath() const { return place.path("Main.app"); }
     void setVersion(const std::string& path, const std::string& version) const {
-        write(path + "/Contents/Info.plist",
-              plist("<dict><key>CFBundleVersion</key><string>" + version + "</string></dict>"));
+        addFile(path + "/Contents/Info.plist",
+                plist("<dict><key>CFBundleVersion</key><string>" + version + "</string></dict>"));
     }
 
-private:
-    void write(const std::string& path, const std::string& bytes) const {
-        folder_.write(path.substr(folder().size() + 1), bytes);
-    }
-
-    TestFolder folder_;
-    QtBundles bundles_{{"en"}, folder_.path("Main.app")};
+    QtBundles bundles{{"en"}, mainPath()};
 };
 
-class FakeWorld {
-public:
+struct FakeWorld : FakeFolderWorld {
     FakeWorld() {
-        bundles_.information = {{"Text", Value("y\xC3\xA9s")}, {"Flag", Value(true)}};
-        bundles_.table = {{"KEY", "y\xC3\xA9s"}};
+        bundles.information = {{"Text", Value("y\xC3\xA9s")}, {"Flag", Value(true)}};
+        bundles.table = {{"KEY", "y\xC3\xA9s"}};
     }
 
-    platform::Bundles& bundles() { return bundles_; }
-    static std::string folder() { return "/folder"; }
-    std::string mainPath() const { return bundles_.path; }
-    void addFile(const std::string& path) { files_.addFile(path); }
+    std::string mainPath() const { return bundles.path; }
     void setVersion(const std::string& path, const std::string& version) {
-        bundles_.others[path] = {{"CFBundleVersion", Value(version)}};
+        bundles.others[path] = {{"CFBundleVersion", Value(version)}};
     }
 
-private:
-    FakeFiles files_;
-    FakeBundles bundles_{files_};
+    FakeBundles bundles{files};
 };
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Qt, BundlesContract, QtWorld);

@@ -221,11 +221,9 @@ namespace tests {
 
 namespace {
 
-class PosixWorld {
-public:
-    platform::Tasks& tasks() { return tasks_; }
-    std::shared_ptr<platform::RunLoop> makeLoop() const { return std::make_shared<platform::PosixRunLoop>(); }
-    TaskDescription tool(const ToolOrder& order) const {
+struct PosixWorld {
+    static std::shared_ptr<platform::RunLoop> makeLoop() { return std::make_shared<platform::PosixRunLoop>(); }
+    static TaskDescription tool(const ToolOrder& order) {
         std::vector<std::string> steps{"print", order.output, order.bySignal ? "signal" : "exit",
                                        std::to_string(order.status)};
         if (order.waitsForEndOfInput)
@@ -233,25 +231,21 @@ public:
         return {TASK_TEST_PROGRAM, steps, {}, nullptr, nullptr};
     }
 
-private:
-    platform::PosixTasks tasks_;
+    platform::PosixTasks tasks;
 };
 
-class FakeWorld {
-public:
-    platform::Tasks& tasks() { return tasks_; }
-    std::shared_ptr<platform::RunLoop> makeLoop() { return std::make_shared<FakeRunLoop>(endlessWaits_); }
+struct FakeWorld {
+    std::shared_ptr<platform::RunLoop> makeLoop() { return std::make_shared<FakeRunLoop>(endlessWaits); }
     TaskDescription tool(const ToolOrder& order) {
-        FakeTool& tool = tasks_.tools["/bin/tool"];
+        FakeTool& tool = tasks.tools["/bin/tool"];
         tool.output = order.output;
         tool.status = order.status;
         tool.waitsForEndOfInput = order.waitsForEndOfInput;
         return {"/bin/tool", {}, {}, nullptr, nullptr};
     }
 
-private:
-    FakeTasks tasks_;
-    int endlessWaits_ = 0;
+    FakeTasks tasks;
+    int endlessWaits = 0;
 };
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Posix, TasksContract, PosixWorld);

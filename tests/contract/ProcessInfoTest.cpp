@@ -163,26 +163,16 @@ namespace tests {
 
 namespace {
 
-class LinuxWorld {
-public:
-    platform::ProcessInfo& info() { return info_; }
-    platform::Locale& locale() { return locale_; }
-
-private:
-    TestFolder folder_;
-    TestEnvironment environment_{{"TMPDIR", folder_.path()}};
-    LinuxProcessInfo info_{{"program"}, ""};
-    platform::LinuxLocale locale_;
+struct LinuxWorld {
+    TestFolder folder;
+    TestEnvironment environment{{"TMPDIR", folder.path()}};
+    LinuxProcessInfo info{{"program"}, ""};
+    platform::LinuxLocale locale;
 };
 
-class FakeWorld {
-public:
-    platform::ProcessInfo& info() { return info_; }
-    platform::Locale& locale() { return locale_; }
-
-private:
-    FakeProcessInfo info_;
-    FakeLocale locale_;
+struct FakeWorld {
+    FakeProcessInfo info;
+    FakeLocale locale;
 };
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Linux, SurroundingsContract, LinuxWorld);

@@ -9,7 +9,7 @@
 
 namespace tests {
 
-// What every process knows of itself and of the person. A `World` has `info()` and `locale()`.
+// What every process knows of itself and of the person. A `World` has `info` and `locale`.
 template <class World>
 class SurroundingsContract : public testing::Test {
 protected:
@@ -18,7 +18,7 @@ protected:
 TYPED_TEST_SUITE_P(SurroundingsContract);
 
 TYPED_TEST_P(SurroundingsContract, textsAreUniqueAndFoldersAbsolute) {
-    platform::ProcessInfo& info = this->world_.info();
+    platform::ProcessInfo& info = this->world_.info;
     std::set<std::string> seen;
     for (int count = 0; count < 100; ++count) {
         EXPECT_TRUE(std::regex_match(*seen.insert(info.makeUUID().value()).first,
@@ -32,10 +32,10 @@ TYPED_TEST_P(SurroundingsContract, textsAreUniqueAndFoldersAbsolute) {
 }
 
 TYPED_TEST_P(SurroundingsContract, thereIsAlwaysALanguage) {
-    for (const std::string& language : this->world_.locale().preferredLanguages())
+    for (const std::string& language : this->world_.locale.preferredLanguages())
         EXPECT_TRUE(std::regex_match(language, std::regex("[a-z]{2,3}(-[A-Za-z0-9]+)*"))) << language;
-    EXPECT_FALSE(this->world_.locale().preferredLanguages().empty());
-    const auto country = this->world_.locale().countryCode();
+    EXPECT_FALSE(this->world_.locale.preferredLanguages().empty());
+    const auto country = this->world_.locale.countryCode();
     EXPECT_TRUE(!country || std::regex_match(*country, std::regex("[A-Z]{2}|[0-9]{3}"))) << *country;
 }
 

@@ -55,12 +55,12 @@ struct ToolOrder {
     bool waitsForEndOfInput = false;
 };
 
-// What all tasks and loops do. A `World` has `tasks()`, `makeLoop()`, and `tool(order)`, a task that does so.
+// What all tasks and loops do. A `World` has `tasks`, `makeLoop()`, and `tool(order)`, a task that does so.
 template <class World>
 class TasksContract : public testing::Test {
 protected:
     RunningTask task(const platform::TaskDescription& description) {
-        return {world_.tasks(), world_.makeLoop(), description};
+        return {world_.tasks, world_.makeLoop(), description};
     }
 
     World world_;
@@ -98,7 +98,7 @@ TYPED_TEST_P(TasksContract, whatCannotBeStartedHasNoEnd) {
         RunningTask running = this->task(description);
         EXPECT_FALSE(running.launch()) << path;
         EXPECT_TRUE(running.statuses.empty());
-        EXPECT_FALSE(this->world_.tasks().launchDetached(description)) << path;
+        EXPECT_FALSE(this->world_.tasks.launchDetached(description)) << path;
     }
 }
 

@@ -12,7 +12,7 @@
 
 namespace tests {
 
-// What all hand-over between threads does. A `World` has `threads()` and `runUntil(condition)`, which lets the main
+// What all hand-over between threads does. A `World` has `threads` and `runUntil(condition)`, which lets the main
 // thread and the others go on, for as long as a test may take.
 template <class World>
 class ThreadsContract : public testing::Test {
@@ -23,7 +23,7 @@ TYPED_TEST_SUITE_P(ThreadsContract);
 
 TYPED_TEST_P(ThreadsContract, stepsRunLaterAndInOrder) {
     auto& world = this->world_;
-    platform::Threads& threads = world.threads();
+    platform::Threads& threads = world.threads;
     std::string order;
     threads.performOnMain([&] {
         threads.performOnMain([&] { order += "third "; });
@@ -43,9 +43,9 @@ TYPED_TEST_P(ThreadsContract, stepsOfEachThreadKeepTheirOrderOnTheMainThread) {
     const std::thread::id mainThread = std::this_thread::get_id();
     std::vector<std::vector<int>> seen(4);
     for (std::vector<int>& numbers : seen)
-        world.threads().performInBackground([&] {
+        world.threads.performInBackground([&] {
             for (int number = 0; number < count; ++number)
-                world.threads().performOnMain([&, number] {
+                world.threads.performOnMain([&, number] {
                     EXPECT_EQ(std::this_thread::get_id(), mainThread);
                     numbers.push_back(number);
                 });
@@ -63,9 +63,9 @@ TYPED_TEST_P(ThreadsContract, aStepGoesOnceItHasRun) {
     auto inBackground = std::make_shared<int>();
     const std::weak_ptr<int> ends[] = {onMain, inBackground};
     bool last = false;
-    world.threads().performOnMain([held = std::move(onMain)] {});
-    world.threads().performInBackground([held = std::move(inBackground)] {});
-    world.threads().performOnMain([&] { last = true; });
+    world.threads.performOnMain([held = std::move(onMain)] {});
+    world.threads.performInBackground([held = std::move(inBackground)] {});
+    world.threads.performOnMain([&] { last = true; });
     EXPECT_TRUE(world.runUntil([&] { return last; }));
     EXPECT_TRUE(ends[0].expired());
     while (!ends[1].expired())

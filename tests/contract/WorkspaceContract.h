@@ -8,7 +8,7 @@
 
 namespace tests {
 
-// What all desktops do. A `World` has `workspace()`, a `folder()`, and `addFile(path)` and `has(path)` for what lies in
+// What all desktops do. A `World` has `workspace`, a `folder()`, and `addFile(path)` and `has(path)` for what lies in
 // it.
 template <class World>
 class WorkspaceContract : public testing::Test {
@@ -19,7 +19,7 @@ TYPED_TEST_SUITE_P(WorkspaceContract);
 
 TYPED_TEST_P(WorkspaceContract, destroysOnlyWhatIsNamedAndThere) {
     auto& world = this->world_;
-    platform::Workspace& workspace = world.workspace();
+    platform::Workspace& workspace = world.workspace;
     const std::string place = world.folder() + "/place";
     for (const char* name : {"/file", "/tree/deep/file", "/kept"})
         world.addFile(place + name);
@@ -37,7 +37,7 @@ TYPED_TEST_P(WorkspaceContract, destroysOnlyWhatIsNamedAndThere) {
 }
 
 TYPED_TEST_P(WorkspaceContract, showsAndLaunchesNothingThatIsNotThere) {
-    platform::Workspace& workspace = this->world_.workspace();
+    platform::Workspace& workspace = this->world_.workspace;
     for (const std::string& path : {this->world_.folder() + "/Missing.app", std::string("relative"), std::string()}) {
         EXPECT_FALSE(workspace.selectFile(path, "")) << path;
         EXPECT_FALSE(workspace.launchApplication(path)) << path;
@@ -45,9 +45,9 @@ TYPED_TEST_P(WorkspaceContract, showsAndLaunchesNothingThatIsNotThere) {
 }
 
 TYPED_TEST_P(WorkspaceContract, findsNoCopiesOfWhatDoesNotRunAndLeavesOthersAlone) {
-    EXPECT_TRUE(this->world_.workspace().runningApplications("example.nothing").empty());
+    EXPECT_TRUE(this->world_.workspace.runningApplications("example.nothing").empty());
     // Its number is taken, but by a process with another start.
-    this->world_.workspace().terminate({::getpid(), 1});
+    this->world_.workspace.terminate({::getpid(), 1});
 }
 
 REGISTER_TYPED_TEST_SUITE_P(WorkspaceContract, destroysOnlyWhatIsNamedAndThere, showsAndLaunchesNothingThatIsNotThere,

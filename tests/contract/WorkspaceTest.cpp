@@ -3,7 +3,7 @@
 #include "platform/posix/PosixFileChanges.h"
 #include "platform/posix/PosixTasks.h"
 #include "platform/qtcore/QtBundles.h"
-#include "tests/contract/TestFolder.h"
+#include "tests/contract/FolderWorld.h"
 #include "tests/contract/WorkspaceContract.h"
 #include "tests/support/FakeWorkspace.h"
 
@@ -276,31 +276,15 @@ namespace tests {
 
 namespace {
 
-class LinuxWorld {
-public:
-    platform::Workspace& workspace() { return workspace_; }
-    std::string folder() const { return folder_.path(); }
-    void addFile(const std::string& path) const { folder_.write(path.substr(folder().size() + 1), ""); }
-    static bool has(const std::string& path) { return std::filesystem::exists(path); }
-
-private:
-    TestFolder folder_;
-    platform::QtBundles bundles_{{"en"}, folder_.path()};
-    platform::PosixTasks tasks_;
-    platform::PosixFileChanges changes_{platform::ProtectedPaths{}};
-    LinuxWorkspace workspace_{bundles_, tasks_, changes_, [](const std::string& /*uri*/) { return true; }};
+struct LinuxWorld : FolderWorld {
+    platform::QtBundles bundles{{"en"}, place.path()};
+    platform::PosixTasks tasks;
+    platform::PosixFileChanges changes{platform::ProtectedPaths{}};
+    LinuxWorkspace workspace{bundles, tasks, changes, [](const std::string& /*uri*/) { return true; }};
 };
 
-class FakeWorld {
-public:
-    platform::Workspace& workspace() { return workspace_; }
-    static std::string folder() { return "/folder"; }
-    void addFile(const std::string& path) { files_.addFile(path); }
-    bool has(const std::string& path) { return files_.has(path); }
-
-private:
-    FakeFiles files_;
-    FakeWorkspace workspace_{files_};
+struct FakeWorld : FakeFolderWorld {
+    FakeWorkspace workspace{files};
 };
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Linux, WorkspaceContract, LinuxWorld);

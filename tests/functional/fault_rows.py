@@ -33,6 +33,12 @@ LINES = {
     "install": "Install did fail with error: ",
     "launch": "Launch did fail with error: ",
 }
+# The alert on the console: its title, and the buttons in order.
+ALERTS = {
+    "check": ["The latest version of Tolvix couldn’t be found", "[1] Quit"],
+    "download": ["Tolvix couldn’t be downloaded", "[1] Download Manually", "[2] "],
+    "install": ["Tolvix couldn’t be installed", "[1] Download Manually", "[2] "],
+}
 
 
 @dataclass
@@ -99,11 +105,19 @@ class FaultRows(InstallerCase):
             self.assertEqual(self.posted_steps(run), OUTCOMES[row.outcome], said)
             for line in filter(None, (row.console, LINES.get(row.outcome))):
                 self.assertRegex(run.stderr, line)
+            self.expect_alert(ALERTS.get(row.outcome, []), run.stdout)
             self.assertEqual(self.trial.leftovers(), [], said)
+            self.assertEqual(list(self.trial.folder.glob("*.dmg")), [])
             if row.outcome == "installed":
                 self.assertEqual(without_times(tree(self.trial.application)), self.product)
             if row.after is not None:
                 row.after(self, run)
+
+
+    def expect_alert(self, parts: List[str], shown: str) -> None:
+        for part in parts:
+            self.assertIn(part, shown)
+        self.assertNotIn(f"[{max(len(parts), 1)}] ", shown)
 
 
 def faults(service: str, **values) -> Callable[[FaultRows, Start], None]:
@@ -160,6 +174,12 @@ def both(*preparations) -> Callable[[FaultRows, Start], None]:
 def in_sandbox(change: Callable[[Trial], object]) -> Callable[[FaultRows, Start], None]:
     """A preparation: something in the sandbox is changed."""
     return lambda case, _: change(case.trial)
+
+
+def small_disk(size: str) -> Callable[[FaultRows, Start], None]:
+    """A preparation: the temporary folder is a file system of its own of that size. Its rows end the table: where it
+    cannot be made, they are skipped."""
+    return lambda case, _: case.use_small_disk(size)
 
 
 def old_product(make: Callable[[Path], object]) -> Callable[[FaultRows, Start], None]:

@@ -8,7 +8,8 @@ import time
 import unittest
 
 from tests.functional.fault_rows import (FaultRows, Row, answer, both, environment, executable, faults, image_at,
-                                         image_bytes, in_sandbox, old_product, settings, shell, starter, volume)
+                                         image_bytes, in_sandbox, old_product, settings, shell, small_disk, starter,
+                                         volume)
 from tests.functional.installer_case import INSTALLED, InstallerCase
 
 NO_REASON = r"with error: \(null\)"
@@ -70,6 +71,15 @@ def expect_identifier(case, _):
     case.assertEqual(identifiers, {"KEPT"})
 
 
+def expect_old_product(case, _):
+    case.assertEqual((case.trial.application / "Contents" / "deep" / "file").read_text(), "old")
+
+
+def expect_short_lines(case, run):
+    case.assertLess(max(map(len, run.stderr.splitlines())), 5000)
+    case.assertNotIn("\x1b", run.stderr)
+
+
 KEPT = b"TXDumpUsageLogs=true\nTXUniqInstallerId=KEPT\n"
 
 
@@ -98,6 +108,13 @@ class CheckRows(FaultRows):
             Row("address is empty", content(url='""'), "download"),
             Row("address with a blank", content(url='"https://{host}/a b.dmg"'), "check", NO_REASON),
             Row("address beyond ASCII", content(url='"https://{host}/ü.dmg"'), "check", NO_REASON),
+            Row("a message that would drive the terminal",
+                answer(b'{"code": 5, "message": "red \\u001b[31m\\nsecond line"}'), "check",
+                r"Domain=red \\x1b\[31m\\nsecond line Code=5", after=expect_short_lines),
+            *(Row(f"a long answer {text[:8]}", answer(b'{"code":404,' + text + b"}"), "check", ".*…",
+                  after=expect_short_lines) for text in (
+                      b'"a":' + b"[" * 500 + b"]" * 500, b'"a":"' + b"x" * 200_000 + b'"',
+                      b'"message":"' + b"x" * 200_000 + b'"')),
             Row("a message that nests deeply",
                 answer(b'{"code": 5, "message": "m", "more": ' + b'{"a":' * 400 + b"1" + b"}" * 400 + b"}"), "check",
                 after=lambda case, run: case.assertLess(len(run.stderr), 60_000)),
@@ -167,6 +184,13 @@ class DownloadRows(FaultRows):
             Row("a query behind the name", image_at("https://{host}/Tolvix.dmg?x=1"), "installed"),
         ])
 
+    def test_full_disk(self):
+        self.run_rows([
+            Row("full", both(image_bytes(lambda _: bytes(200_000)), small_disk("64k")), "download", "Code=-3003"),
+            Row("no folder can be made", small_disk("64k,nr_inodes=1"), "download", "No space left on device"),
+            Row("full while attaching", small_disk("64k"), "install", r"attach failed - .*No space left on device"),
+        ])
+
 
 class InstallRows(FaultRows):
     def test_images(self):
@@ -201,7 +225,9 @@ class InstallRows(FaultRows):
     def test_destination(self):
         self.run_rows([
             Row("no applications folder", in_sandbox(lambda trial: trial.application.parent.rmdir()), "install",
-                "Code=4001"),
+                "Code=4001", after=lambda case, _: case.assertFalse(case.trial.application.parent.exists())),
+            Row("an old product and no image", both(old_product(old_folder()), image_bytes(lambda _: b"no image")),
+                "install", NO_REASON, after=expect_old_product),
             Row("applications folder is a link", in_sandbox(lambda trial: (
                 trial.application.parent.rename(trial.root / "elsewhere"),
                 trial.application.parent.symlink_to("elsewhere"))), "installed"),
@@ -237,7 +263,8 @@ class LogRows(FaultRows):
             Row("no host", in_sandbox(lambda trial: trial.set_information(TXInstallerLogHost="")), "installed",
                 failed + "-1000"),
             Row("host with a blank", in_sandbox(lambda trial: trial.set_information(TXInstallerLogHost="a b")),
-                "installed", failed + "-1000"),
+                "installed", failed + "-1000",
+                after=lambda case, run: case.assertEqual(run.stderr.count("Request did fail"), len(INSTALLED))),
             Row("too many redirects", faults("log", redirects=25), "installed", failed),
         ])
 

@@ -1,5 +1,4 @@
 """Whole runs that succeed: what is installed, started, reported and left behind."""
-import time
 from pathlib import Path
 
 from tests.functional.desktop import wait_until
@@ -13,7 +12,7 @@ class Installation(InstallerCase):
         source = self.folder / "source"
         make_sample_product(source, identifier=IDENTIFIER)
         self.assertEqual(without_times(tree(self.trial.application)), without_times(tree(source / "Tolvix.app")))
-        self.assertTrue(self.wait_for_product())
+        self.wait_for_product()
         self.assertEqual(sorted(self.services.log.steps), INSTALLED)
         first = self.services.log.events[0].fields
         self.assertEqual(first["freshInstall"], "1")
@@ -26,12 +25,7 @@ class Installation(InstallerCase):
         self.assertRegex(run.stderr.splitlines()[0], banner)
 
     def wait_for_product(self):
-        marker = self.trial.home / ".tolvix-sample" / "started"
-        for _ in range(200):
-            if marker.exists():
-                return marker.read_text()
-            time.sleep(0.02)
-        return None
+        wait_until((self.trial.home / ".tolvix-sample" / "started").exists, "the product")
 
     def test_product_is_not_started_when_auto_start_is_off_and_no_process_stays(self):
         run = self.expect_run(INSTALLED, "--auto-start", "NO")
@@ -47,7 +41,7 @@ class Installation(InstallerCase):
 
     def test_old_product_is_closed_and_replaced(self):
         self.trial.run()
-        self.assertTrue(self.wait_for_product())
+        self.wait_for_product()
         old = self.trial.products()
         (self.trial.application / "Contents" / "old").write_text("")
         self.services.log.events.clear()

@@ -52,16 +52,9 @@ namespace tests {
 
 namespace {
 
-class MacWorld {
-public:
+struct MacWorld : RealTools<MacAuthorization> {
     MacWorld() { SecurityStandIn::shared() = {}; }
-
-    Authorization& authorization() { return authorization_; }
-    static std::vector<std::string> arguments(int status) { return {"-c", "exit " + std::to_string(status)}; }
     static std::string missing() { return {}; }
-
-private:
-    MacAuthorization authorization_;
 };
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Mac, AuthorizationContract, MacWorld);

@@ -64,6 +64,13 @@ class Making(unittest.TestCase):
                     make_image(str(folder), str(self.scratch / out), **{"name": "Tolvix", **options})
                 self.assertEqual(tree(self.scratch), before)
 
+    def test_sample_product_leaves_a_folder_with_something_in_it_alone(self):
+        (self.source / "mine").touch()
+        before = tree(self.scratch)
+        with self.assertRaises(OSError):
+            make_sample_product(str(self.source))
+        self.assertEqual(tree(self.scratch).keys(), before.keys())
+
     def test_command_line_replaces_an_image_and_keeps_it_on_failure(self):
         def run(folder):
             return subprocess.run([str(TOOLS / "make_dmg.py"), str(folder), self.image], check=False,
