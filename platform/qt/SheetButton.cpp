@@ -6,6 +6,8 @@
 #include <QKeyEvent>
 #include <QPainter>
 
+#include <algorithm>
+
 namespace platform {
 
 namespace {
@@ -49,7 +51,9 @@ bool SheetButton::event(QEvent* event) {
 // Some styles leave hardly any room beside the title.
 QSize SheetButton::sizeHint() const {
     const int line = fontMetrics().height();
-    return QPushButton::sizeHint() + QSize(line, line / 4);
+    const QSize styled = QPushButton::sizeHint();
+    const int titleWidth = fontMetrics().size(Qt::TextShowMnemonic, text()).width();
+    return {std::max(styled.width(), titleWidth + line * 3 / 2), styled.height() + line / 4};
 }
 
 // Over the style's own frame, which is often too faint to be seen.
