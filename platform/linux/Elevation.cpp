@@ -1,8 +1,7 @@
 #include "platform/linux/Elevation.h"
 
+#include "platform/linux/Environment.h"
 #include "platform/posix/FileDescriptor.h"
-
-#include <cstdlib>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -28,8 +27,7 @@ bool isSocket(const char* path) {
 }
 
 bool isSet(const char* name) {
-    const char* value = std::getenv(name);
-    return value != nullptr && *value != '\0';
+    return !environment::value(name).empty();
 }
 
 } // namespace
@@ -94,7 +92,7 @@ std::vector<std::string> elevatedEnvironment(Elevation elevation) {
     for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "XAUTHORITY", "XDG_RUNTIME_DIR", "DBUS_SESSION_BUS_ADDRESS",
                              "SUDO_ASKPASS", "TERM", "HOME"})
         if (isSet(name))
-            environment.push_back(std::string(name) + '=' + std::getenv(name));
+            environment.push_back(std::string(name) + '=' + environment::value(name));
     return environment;
 }
 

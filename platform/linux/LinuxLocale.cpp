@@ -1,8 +1,9 @@
 #include "platform/linux/LinuxLocale.h"
 
+#include "platform/linux/Environment.h"
+
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <string_view>
 #include <utility>
 
@@ -100,16 +101,8 @@ std::string languageOf(const LocaleName& name) {
     return text;
 }
 
-std::string_view variable(const char* name) {
-    const char* value = std::getenv(name);
-    return value == nullptr ? std::string_view() : std::string_view(value);
-}
-
 LocaleName localeOfMessages() {
-    for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"})
-        if (const std::string_view value = variable(name); !value.empty())
-            return parse(value);
-    return {};
+    return parse(environment::locale("LC_MESSAGES"));
 }
 
 } // namespace
@@ -127,7 +120,8 @@ std::vector<std::string> LinuxLocale::preferredLanguages() {
             languages.push_back(language);
     };
     // In the locale "C" the list counts for nothing, as for every other program.
-    std::string_view list = locale.language.empty() ? std::string_view() : variable("LANGUAGE");
+    const std::string value = locale.language.empty() ? std::string() : environment::value("LANGUAGE");
+    std::string_view list = value;
     while (!list.empty()) {
         const std::size_t end = std::min(list.find(':'), list.size());
         if (end > 0)

@@ -1,6 +1,7 @@
 #include "platform/linux/LinuxProcessInfo.h"
 
 #include "foundation/PathString.h"
+#include "platform/linux/Environment.h"
 #include "platform/linux/PathFacts.h"
 
 #include <array>
@@ -31,8 +32,8 @@ std::string withoutTrailingSlashes(std::string path) {
 
 // The variable's value when it is an absolute path, without trailing slashes; otherwise empty.
 std::string absolutePathVariable(const char* name) {
-    const char* value = std::getenv(name);
-    return value != nullptr && *value == '/' ? withoutTrailingSlashes(value) : std::string();
+    std::string value = environment::value(name);
+    return value.starts_with('/') ? withoutTrailingSlashes(std::move(value)) : std::string();
 }
 
 // A real folder of this user that nobody else may enter.
@@ -86,8 +87,7 @@ std::string userName() {
 
 // Where Qt will make a folder for sockets because the session has none. Empty when nothing is going to be made.
 std::string socketFolderToCome() {
-    const char* const given = std::getenv("XDG_RUNTIME_DIR");
-    if (given != nullptr && *given != '\0')
+    if (!environment::value("XDG_RUNTIME_DIR").empty())
         return {};
     std::string base = absolutePathVariable("TMPDIR");
     std::string folder = (base.empty() ? "/tmp" : base) + "/runtime-" + userName();

@@ -2,15 +2,12 @@
 
 #include "platform/posix/FileDescriptor.h"
 
-#include <algorithm>
 #include <array>
-#include <cerrno>
 #include <climits>
 #include <cstdlib>
 #include <memory>
 #include <string_view>
 
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -25,25 +22,9 @@ mode_t modeOf(const std::string& path) {
 } // namespace
 
 std::optional<std::string> readRegularFile(const std::string& path, std::size_t limit) {
-    if (!S_ISREG(modeOf(path)))
-        return std::nullopt;
-    // The file can be exchanged between the two looks, so this open must not wait either.
-    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
     struct stat status {};
-    if (!file.isOpen() || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
-        return std::nullopt;
-    std::string bytes(std::min(limit, static_cast<std::size_t>(status.st_size)), '\0');
-    std::size_t length = 0;
-    while (length < bytes.size()) {
-        const ssize_t count = ::read(file.get(), bytes.data() + length, bytes.size() - length);
-        if (count < 0 && errno != EINTR)
-            return std::nullopt;
-        if (count == 0)
-            break;
-        length += count > 0 ? static_cast<std::size_t>(count) : 0;
-    }
-    bytes.resize(length);
-    return bytes;
+    const FileDescriptor file = openRegularFile(path, status);
+    return file.isOpen() ? readAll(file.get(), limit) : std::nullopt;
 }
 
 bool isExecutableFile(const std::string& path) {

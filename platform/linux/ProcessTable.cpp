@@ -5,8 +5,6 @@
 #include "platform/posix/FileDescriptor.h"
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
 #include <cstdlib>
 #include <memory>
 #include <optional>
@@ -23,16 +21,7 @@ namespace {
 // A file of /proc, whose size nobody knows beforehand.
 std::string readProcFile(const std::string& path) {
     const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    std::string bytes;
-    std::array<char, 4096> buffer{};
-    while (file.isOpen()) {
-        const ssize_t count = ::read(file.get(), buffer.data(), buffer.size());
-        if (count > 0)
-            bytes.append(buffer.data(), static_cast<std::size_t>(count));
-        else if (count == 0 || errno != EINTR)
-            break;
-    }
-    return bytes;
+    return readAll(file.get(), std::string::npos).value_or(std::string());
 }
 
 // Absent when the process has ended, even if nobody has waited for it yet.

@@ -1,9 +1,9 @@
 #include "platform/linux/Terminal.h"
 
+#include "platform/linux/Environment.h"
+
 #include <algorithm>
-#include <cstdlib>
 #include <string>
-#include <string_view>
 
 #include <pthread.h>
 #include <sys/ioctl.h>
@@ -14,27 +14,17 @@ namespace platform::terminal {
 
 namespace {
 
-std::string_view variable(const char* name) {
-    const char* value = std::getenv(name);
-    return value == nullptr ? std::string_view() : std::string_view(value);
-}
-
 // By the locale's name: a terminal shows these letters also where the locale itself is not installed.
 bool localeIsUtf8() {
-    for (const char* name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
-        const std::string_view value = variable(name);
-        if (value.empty())
-            continue;
-        const std::size_t dot = std::min(value.find('.'), value.size());
-        std::string codeset(value.substr(dot, value.find('@', dot) - dot));
-        std::erase(codeset, '-');
-        return codeset == ".UTF8" || codeset == ".utf8";
-    }
-    return false;
+    const std::string name = environment::locale("LC_CTYPE");
+    const std::size_t dot = std::min(name.find('.'), name.size());
+    std::string codeset = name.substr(dot, name.find('@', dot) - dot);
+    std::erase(codeset, '-');
+    return codeset == ".UTF8" || codeset == ".utf8";
 }
 
 bool isDumb() {
-    const std::string_view name = variable("TERM");
+    const std::string name = environment::value("TERM");
     return name.empty() || name == "dumb";
 }
 

@@ -60,14 +60,8 @@ QuitSignals::~QuitSignals() {
 
 void QuitSignals::watch() {
     char message = end;
-    while (true) {
-        const ssize_t count = ::read(readEnd_.get(), &message, 1);
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count <= 0 || message == end)
-            return;
+    while (readSome(readEnd_.get(), &message, 1) > 0 && message != end)
         requested_();
-    }
 }
 
 } // namespace platform

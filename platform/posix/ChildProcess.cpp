@@ -124,11 +124,7 @@ private:
 // Nothing comes when the program took over.
 bool reportedFailure(const FileDescriptor& report) {
     int reason = 0;
-    ssize_t count = 0;
-    do
-        count = ::read(report.get(), &reason, sizeof reason);
-    while (count < 0 && errno == EINTR);
-    return count != 0;
+    return readSome(report.get(), &reason, sizeof reason) != 0;
 }
 
 // The child, which has not failed to become the program, whether itself or by one of its own; or -1.

@@ -23,12 +23,12 @@ constexpr off_t largestBuffer = 262144;
 void copyRest(int from, int to, const std::string& fromPath, const std::string& toPath, off_t size) {
     std::vector<char> buffer(static_cast<std::size_t>(std::clamp(size, smallestBuffer, largestBuffer)));
     while (true) {
-        const ssize_t count = ::read(from, buffer.data(), buffer.size());
+        const ssize_t count = readSome(from, buffer.data(), buffer.size());
         if (count == 0)
             return;
-        if (count < 0 && errno != EINTR)
+        if (count < 0)
             throwErrno(reading, fromPath);
-        if (count > 0 && !writeAll(to, {buffer.data(), static_cast<std::size_t>(count)}))
+        if (!writeAll(to, {buffer.data(), static_cast<std::size_t>(count)}))
             throwErrno(writing, toPath);
     }
 }

@@ -2,9 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <poll.h>
-#include <unistd.h>
 #include <utility>
 
 namespace platform {
@@ -58,11 +56,11 @@ void PosixRunLoop::readWhatComes(std::chrono::milliseconds limit) {
 // Waits for nothing: only called for what can be read.
 void PosixRunLoop::read(Reader& reader) {
     std::array<char, 65536> buffer;
-    const ssize_t count = ::read(reader.readEnd->get(), buffer.data(), buffer.size());
+    const ssize_t count = readSome(reader.readEnd->get(), buffer.data(), buffer.size());
     if (count > 0)
         reader.bytes.append(buffer.data(), static_cast<std::size_t>(count));
     else
-        reader.ended = count == 0 || errno != EINTR;
+        reader.ended = true;
 }
 
 } // namespace platform

@@ -1,9 +1,8 @@
 #include "platform/qtcore/QtPreferences.h"
 
 #include "foundation/PathString.h"
+#include "platform/linux/Environment.h"
 #include "platform/qtcore/SettingsText.h"
-
-#include <cstdlib>
 
 namespace platform {
 
@@ -19,9 +18,8 @@ std::string storedText(const foundation::Value& value) {
 } // namespace
 
 std::string QtPreferences::userConfigurationFolder(const std::string& homeDirectory) {
-    const char* folder = std::getenv("XDG_CONFIG_HOME");
-    return folder != nullptr && *folder == '/' ? folder
-                                               : foundation::path::appendingPathComponent(homeDirectory, ".config");
+    std::string folder = environment::value("XDG_CONFIG_HOME");
+    return folder.starts_with('/') ? folder : foundation::path::appendingPathComponent(homeDirectory, ".config");
 }
 
 PreferencesFile QtPreferences::fileOf(const std::string& domain) const {

@@ -1,10 +1,10 @@
 #include "platform/qtcore/SessionBus.h"
 
+#include "platform/linux/Environment.h"
 #include "platform/posix/FileDescriptor.h"
 
 #include <QByteArray>
 
-#include <cstdlib>
 #include <cstring>
 #include <string_view>
 
@@ -59,10 +59,10 @@ bool greet(int socket) {
 } // namespace
 
 std::string SessionBus::address() {
-    if (const char* address = std::getenv(addressVariable); address != nullptr && *address != '\0')
+    if (std::string address = environment::value(addressVariable); !address.empty())
         return address;
-    const char* folder = std::getenv("XDG_RUNTIME_DIR");
-    const std::string socket = folder == nullptr ? std::string() : std::string(folder) + "/bus";
+    const std::string folder = environment::value("XDG_RUNTIME_DIR");
+    const std::string socket = folder.empty() ? std::string() : folder + "/bus";
     struct stat status {};
     return ::stat(socket.c_str(), &status) == 0 && S_ISSOCK(status.st_mode) ? "unix:path=" + socket : std::string();
 }

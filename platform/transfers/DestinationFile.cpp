@@ -39,15 +39,6 @@ bool clearName(int folder, const std::string& name, const SourceFile* source) {
     return ::unlinkat(folder, name.c_str(), 0) == 0;
 }
 
-template <class Call>
-ssize_t restarting(Call call) {
-    ssize_t result = 0;
-    do {
-        result = call();
-    } while (result < 0 && errno == EINTR);
-    return result;
-}
-
 } // namespace
 
 foundation::Result<std::unique_ptr<DestinationFile>, TransferFailure>
@@ -91,7 +82,7 @@ foundation::Result<std::uint64_t, TransferFailure> DestinationFile::copyFrom(con
         copiesInKernel_ = false;
     }
     buffer_.resize(std::min(length, bufferSize));
-    const ssize_t count = restarting([&] { return ::read(source.descriptor(), buffer_.data(), buffer_.size()); });
+    const ssize_t count = readSome(source.descriptor(), buffer_.data(), buffer_.size());
     if (count < 0)
         return fileFailure(URLErrorCode::noPermissionsToReadFile, "The file could not be read", errno);
     if (auto failure = write({buffer_.data(), static_cast<std::size_t>(count)}))

@@ -25,7 +25,7 @@ public:
     // Whether the status is this very file's.
     bool isSameAs(const struct stat& status) const;
 
-    // All of it; nothing when it cannot be read or is longer than the limit.
+    // All of it, once; nothing when it cannot be read or is longer than the limit.
     std::optional<std::string> readAll(std::size_t limit) const;
 
 private:

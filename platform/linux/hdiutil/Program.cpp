@@ -6,7 +6,6 @@
 
 #include <cstdlib>
 #include <sys/mman.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -26,14 +25,11 @@ FileDescriptor makeTextFile() {
     return file;
 }
 
+// The program's writing has moved the place where reading goes on.
 std::string readText(const FileDescriptor& file) {
-    struct stat status {};
-    if (::fstat(file.get(), &status) != 0)
+    if (::lseek(file.get(), 0, SEEK_SET) != 0)
         return {};
-    std::string text(static_cast<std::size_t>(status.st_size), '\0');
-    const ssize_t length = ::pread(file.get(), text.data(), text.size(), 0);
-    text.resize(length > 0 ? static_cast<std::size_t>(length) : 0);
-    return text;
+    return platform::readAll(file.get(), std::string::npos).value_or(std::string());
 }
 
 std::vector<std::string> childEnvironment() {

@@ -1,6 +1,7 @@
 #include "platform/linux/hdiutil/SevenZip.h"
 
 #include "foundation/PathString.h"
+#include "platform/linux/Environment.h"
 #include "platform/linux/PathFacts.h"
 #include "platform/linux/hdiutil/Failure.h"
 
@@ -38,8 +39,7 @@ std::vector<std::string> candidateFolders() {
     std::vector<std::string> folders;
     folders.push_back(foundation::path::deletingLastPathComponent(platform::linkTarget("/proc/self/exe")));
     folders.insert(folders.end(), {"/usr/bin", "/usr/local/bin"});
-    const char* searchPath = std::getenv("PATH");
-    for (const std::string& folder : split(searchPath != nullptr ? searchPath : "", ':'))
+    for (const std::string& folder : split(platform::environment::value("PATH"), ':'))
         if (folder.starts_with('/') && std::find(folders.begin(), folders.end(), folder) == folders.end())
             folders.push_back(folder);
     return folders;
