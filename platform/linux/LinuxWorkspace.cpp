@@ -11,6 +11,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <map>
 #include <string_view>
 #include <thread>
@@ -99,10 +100,8 @@ private:
 };
 
 bool isSameFolder(const std::string& first, const std::string& second) {
-    struct stat one {};
-    struct stat other {};
-    return ::stat(first.c_str(), &one) == 0 && ::stat(second.c_str(), &other) == 0 && one.st_dev == other.st_dev &&
-           one.st_ino == other.st_ino;
+    std::error_code error;
+    return std::filesystem::equivalent(first, second, error);
 }
 
 bool runsAlready(const std::string& bundle) {

@@ -51,15 +51,12 @@ bool setDefaultSignals(bool isOwnJob) {
 }
 
 bool putStreamsInPlace(const std::array<int, 3>& streams) {
-    const int nowhere = ::open("/dev/null", O_RDWR | O_CLOEXEC);
-    if (nowhere < 0)
-        return false;
     for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
-        const int source = streams[static_cast<std::size_t>(stream)];
-        if (::dup2(source < 0 ? nowhere : source, stream) < 0)
-            return false;
+        int source = streams[static_cast<std::size_t>(stream)];
+        if (source < 0)
+            source = ::open("/dev/null", O_RDWR | O_CLOEXEC);
         // A descriptor that is in its place already keeps its flag.
-        if (::fcntl(stream, F_SETFD, 0) != 0)
+        if (::dup2(source, stream) < 0 || ::fcntl(stream, F_SETFD, 0) != 0)
             return false;
     }
     return true;

@@ -1,6 +1,7 @@
 #include "platform/transfers/DestinationFile.h"
 
 #include "platform/Transfers.h"
+#include "platform/posix/FileIdentity.h"
 #include "platform/posix/SystemCalls.h"
 
 #include <algorithm>
@@ -101,13 +102,9 @@ std::optional<TransferFailure> DestinationFile::keep() {
 }
 
 void DestinationFile::remove() const {
-    struct stat ours {};
     struct stat present {};
-    if (::fstat(file_.get(), &ours) != 0)
-        return;
-    if (::fstatat(folder_.get(), name_.c_str(), &present, AT_SYMLINK_NOFOLLOW) != 0)
-        return;
-    if (ours.st_dev == present.st_dev && ours.st_ino == present.st_ino)
+    if (::fstatat(folder_.get(), name_.c_str(), &present, AT_SYMLINK_NOFOLLOW) == 0 &&
+        identityOf(present) == identityOf(file_.get()))
         ::unlinkat(folder_.get(), name_.c_str(), 0);
 }
 

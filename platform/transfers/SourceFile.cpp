@@ -1,6 +1,7 @@
 #include "platform/transfers/SourceFile.h"
 
 #include "platform/Transfers.h"
+#include "platform/posix/FileIdentity.h"
 
 #include <cerrno>
 #include <utility>
@@ -36,7 +37,7 @@ foundation::Result<SourceFile, TransferFailure> SourceFile::open(const std::stri
 }
 
 bool SourceFile::isSameAs(const struct stat& status) const {
-    return status.st_dev == status_.st_dev && status.st_ino == status_.st_ino;
+    return identityOf(status) == identityOf(status_);
 }
 
 std::optional<std::string> SourceFile::readAll(std::size_t limit) const {

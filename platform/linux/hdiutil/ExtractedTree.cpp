@@ -40,6 +40,8 @@ constexpr std::array<std::string_view, 2> journalFiles = {".journal", ".journal_
 
 void refuseHardLinks(int root, const std::string& name, std::string_view target) {
     const FileDescriptor folder = openFolderIn(root, name);
+    if (!folder.isOpen())
+        throw systemFailure("could not open a folder of the volume");
     for (const FolderEntry& entry : entriesOf(folder.get(), FileAccess::Reading, name))
         if (entry.name.starts_with(target))
             throw Failure("the image holds hard links, which cannot be read");
