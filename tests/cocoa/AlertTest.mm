@@ -29,7 +29,7 @@ protected:
     std::vector<int> codes;
 };
 
-TEST_F(AlertTest, showsTextsAndButtonsAndTellsWhichWasPressed) {
+TEST_F(AlertTest, ShowsTextsAndButtonsAndTellsWhichWasPressed) {
     begin(sample("First", {"Yes", "No", "Perhaps"}, 1));
     ASSERT_TRUE(appears("Perhaps"));
     const auto shown = screen::texts(interface.window().window());
@@ -40,7 +40,7 @@ TEST_F(AlertTest, showsTextsAndButtonsAndTellsWhichWasPressed) {
     EXPECT_TRUE(screen::button("Yes") == nil);
 }
 
-TEST_F(AlertTest, showsOneAfterTheOther) {
+TEST_F(AlertTest, ShowsOneAfterTheOther) {
     begin(sample("First", {"One"}, 0));
     begin(sample("Second", {"Two"}, 0));
     ASSERT_TRUE(appears("One"));
@@ -52,7 +52,7 @@ TEST_F(AlertTest, showsOneAfterTheOther) {
     EXPECT_EQ(codes, (std::vector{1000, 1000}));
 }
 
-TEST_F(AlertTest, takesEscapeForTheSafeButtonWhicheverThatIs) {
+TEST_F(AlertTest, TakesEscapeForTheSafeButtonWhicheverThatIs) {
     for (const std::size_t safe : {0U, 1U}) {
         begin(sample("Quit?", {"Continue", "Quit now"}, safe));
         ASSERT_TRUE(appears("Quit now"));
@@ -64,7 +64,7 @@ TEST_F(AlertTest, takesEscapeForTheSafeButtonWhicheverThatIs) {
     EXPECT_EQ(codes.size(), 2);
 }
 
-TEST_F(AlertTest, withdrawsAnAlertInEveryState) {
+TEST_F(AlertTest, WithdrawsAnAlertInEveryState) {
     // Before it is on screen, while it is, and behind another one.
     interface.alerts().endSheet(begin(sample("Early", {"Early"}, 0)), 1007);
     EXPECT_EQ(codes, std::vector{1007});
@@ -82,7 +82,7 @@ TEST_F(AlertTest, withdrawsAnAlertInEveryState) {
     EXPECT_EQ(codes, (std::vector{1007, 1008, 1009, 1000}));
 }
 
-TEST_F(AlertTest, leavesTheScreenWithTheLastAlertThatEndsTheProgram) {
+TEST_F(AlertTest, LeavesTheScreenWithTheLastAlertThatEndsTheProgram) {
     Alert alert = sample("Failed", {"Quit"}, 0);
     begin(alert);
     ASSERT_TRUE(appears("Quit"));

@@ -26,7 +26,7 @@ INSTANTIATE_TYPED_TEST_SUITE_P(Cocoa, BundlesContract, CocoaWorld);
 
 } // namespace
 
-TEST(CocoaBundlesTest, listsThatCannotBeReadGiveNoInformationAndAreNeverWaitedFor) {
+TEST(CocoaBundlesTest, ListsThatCannotBeReadGiveNoInformationAndAreNeverWaitedFor) {
     const TestFolder folder;
     platform::CocoaBundles bundles(folder.path());
     folder.write("X.app/Contents/Info.plist", "no list");

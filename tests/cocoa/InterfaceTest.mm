@@ -61,7 +61,7 @@ void pressEscape(NSWindow* window) {
 
 } // namespace screen
 
-TEST_F(InterfaceTest, showsTitleAndStage) {
+TEST_F(InterfaceTest, ShowsTitleAndStage) {
     interface.window().setTitle("Sample Installer");
     interface.textIndicator().setStringValue("Downloading…");
     EXPECT_EQ(fromNSString([interface.window().window() title]), "Sample Installer");
@@ -72,7 +72,7 @@ TEST_F(InterfaceTest, showsTitleAndStage) {
 }
 
 #ifdef GNUSTEP
-TEST(ProgressWindowTest, isMirroredForLanguagesFromRightToLeft) {
+TEST(ProgressWindowTest, IsMirroredForLanguagesFromRightToLeft) {
     const auto placesOf = [](NSUserInterfaceLayoutDirection direction) {
         [NSApplication setStandInLayoutDirection:direction];
         platform::ProgressWindow window;
@@ -88,19 +88,19 @@ TEST(ProgressWindowTest, isMirroredForLanguagesFromRightToLeft) {
 }
 #endif
 
-TEST_F(InterfaceTest, namesTheBarAfterTheStage) {
+TEST_F(InterfaceTest, NamesTheBarAfterTheStage) {
     NSView* bar = interface.window().progressIndicator().view();
     interface.textIndicator().setStringValue("Installing…");
     EXPECT_EQ(fromNSString([bar accessibilityLabel]), "Installing…");
 }
 
-TEST_F(InterfaceTest, asksToQuitInsteadOfClosing) {
+TEST_F(InterfaceTest, AsksToQuitInsteadOfClosing) {
     [interface.window().window() performClose:nil];
     EXPECT_EQ(application.quits, 1);
     EXPECT_TRUE([interface.window().window() isVisible]);
 }
 
-TEST_F(InterfaceTest, offersCommandsInItsMenus) {
+TEST_F(InterfaceTest, OffersCommandsInItsMenus) {
     const auto perform = [](const char* title) {
         for (NSMenuItem* place in [[NSApp mainMenu] itemArray]) {
             NSMenu* menu = [place submenu];
@@ -122,7 +122,7 @@ TEST_F(InterfaceTest, offersCommandsInItsMenus) {
     EXPECT_EQ(fromNSString([[[windows itemArray] objectAtIndex:0] title]), "Minimize");
 }
 
-TEST(CocoaProgressBarTest, tellsItsShareWhileDeterminate) {
+TEST(CocoaProgressBarTest, TellsItsShareWhileDeterminate) {
     platform::CocoaProgressBar bar(NSMakeRect(0, 0, 100, 20));
     std::optional<double> share = -1;
     bar.setObserver([&](std::optional<double> shown) { share = shown; });
@@ -143,7 +143,7 @@ TEST(CocoaProgressBarTest, tellsItsShareWhileDeterminate) {
     EXPECT_EQ(share, std::nullopt);
 }
 
-TEST(DockProgressTest, showsAndHidesTheBar) {
+TEST(DockProgressTest, ShowsAndHidesTheBar) {
     platform::DockProgress dock;
     dock.setProgress(0.5);
     EXPECT_TRUE([[NSApp dockTile] contentView] != nil);

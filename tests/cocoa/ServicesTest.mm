@@ -48,19 +48,19 @@ INSTANTIATE_TYPED_TEST_SUITE_P(Cocoa, WorkspaceContract, CocoaWorkspaceWorld);
 
 } // namespace
 
-TEST(CocoaProcessInfoTest, tellsTheVersionAndTheTime) {
+TEST(CocoaProcessInfoTest, TellsTheVersionAndTheTime) {
     CocoaProcessInfo info({}, "");
     EXPECT_GE(info.operatingSystemVersion().major, 10);
     EXPECT_LT(std::abs(info.secondsSinceReferenceDate() + 978307200 - static_cast<double>(std::time(nullptr))), 60);
 }
 
-TEST(CocoaProcessInfoTest, movesSystemPathsBelowAnotherRoot) {
+TEST(CocoaProcessInfoTest, MovesSystemPathsBelowAnotherRoot) {
     EXPECT_EQ(CocoaProcessInfo({}, "").systemPath("/Applications"), "/Applications");
     EXPECT_EQ(CocoaProcessInfo({}, "/").systemPath("/Applications"), "/Applications");
     EXPECT_EQ(CocoaProcessInfo({}, "/trial/").systemPath("/Applications"), "/trial/Applications");
 }
 
-TEST(CocoaConsoleTest, logsOneMessageWithoutControlBytes) {
+TEST(CocoaConsoleTest, LogsOneMessageWithoutControlBytes) {
     testing::internal::CaptureStderr();
     CocoaConsole().log("first\nsecond \x1B[2J 100% %@ done");
     CocoaConsole().log("");

@@ -6,18 +6,18 @@
 using foundation::Value;
 using namespace platform;
 
-TEST(CocoaTextTest, carriesEveryText) {
+TEST(CocoaTextTest, CarriesEveryText) {
     for (const std::string& text : {std::string(), std::string("plain"),
                                     std::string("Gr\xC3\xBC\xC3\x9F \xF0\x9F\x93\xA6"), std::string("with\0zero", 9)})
         EXPECT_EQ(fromNSString(toNSString(text)), text);
     EXPECT_EQ(fromNSString(nil), "");
 }
 
-TEST(CocoaTextTest, marksBytesThatAreNoText) {
+TEST(CocoaTextTest, MarksBytesThatAreNoText) {
     EXPECT_EQ(fromNSString(toNSString("a\xFF\xC3")), "a\xEF\xBF\xBD\xEF\xBF\xBD");
 }
 
-TEST(CocoaValueTest, carriesEveryKindOfValue) {
+TEST(CocoaValueTest, CarriesEveryKindOfValue) {
     const Value value(Value::Dictionary{{"flag", Value(true)},
                                         {"no", Value(false)},
                                         {"one", Value(std::int64_t{1})},
@@ -29,7 +29,7 @@ TEST(CocoaValueTest, carriesEveryKindOfValue) {
     EXPECT_EQ(fromPropertyList(toPropertyList(value)), value);
 }
 
-TEST(CocoaValueTest, leavesNullsOut) {
+TEST(CocoaValueTest, LeavesNullsOut) {
     EXPECT_TRUE(toPropertyList(Value()) == nil);
     EXPECT_EQ(fromPropertyList(toPropertyList(Value(Value::Array{Value(), Value("b")}))),
               Value(Value::Array{Value("b")}));
@@ -37,12 +37,12 @@ TEST(CocoaValueTest, leavesNullsOut) {
     EXPECT_EQ(fromPropertyList([NSNull null]), std::nullopt);
 }
 
-TEST(CocoaValueTest, readsDatesAndDataAsTheirTexts) {
+TEST(CocoaValueTest, ReadsDatesAndDataAsTheirTexts) {
     EXPECT_EQ(fromPropertyList([NSDate dateWithTimeIntervalSince1970:978307200.5]), Value("2001-01-01T00:00:00Z"));
     EXPECT_EQ(fromPropertyList([NSData dataWithBytes:"abc" length:3]), Value("YWJj"));
 }
 
-TEST(CocoaValueTest, readsAPropertyList) {
+TEST(CocoaValueTest, ReadsAPropertyList) {
     NSString* text = @"<?xml version=\"1.0\" encoding=\"UTF-8\"?><plist version=\"1.0\"><dict><key>flag</key><true/>"
                       "<key>number</key><integer>7</integer><key>real</key><real>0.5</real></dict></plist>";
     id list = [NSPropertyListSerialization propertyListWithData:[text dataUsingEncoding:NSUTF8StringEncoding]

@@ -76,7 +76,7 @@ private:
 };
 TYPED_TEST_SUITE_P(ApplicationContract);
 
-TYPED_TEST_P(ApplicationContract, endsWhenTheDelegateAgrees) {
+TYPED_TEST_P(ApplicationContract, EndsWhenTheDelegateAgrees) {
     using enum platform::TerminateReply;
     const struct {
         std::vector<platform::TerminateReply> replies;
@@ -103,6 +103,6 @@ TYPED_TEST_P(ApplicationContract, endsWhenTheDelegateAgrees) {
     }
 }
 
-REGISTER_TYPED_TEST_SUITE_P(ApplicationContract, endsWhenTheDelegateAgrees);
+REGISTER_TYPED_TEST_SUITE_P(ApplicationContract, EndsWhenTheDelegateAgrees);
 
 } // namespace tests

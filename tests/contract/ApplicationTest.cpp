@@ -97,7 +97,7 @@ struct Witness {
 
 } // namespace
 
-TEST_F(QtThreadsTest, whatAStepHoldsGoesOnTheMainThread) {
+TEST_F(QtThreadsTest, WhatAStepHoldsGoesOnTheMainThread) {
     std::atomic<int> elsewhere = 0;
     run([&] {
         auto witnesses = std::make_shared<std::vector<std::shared_ptr<Witness>>>();
@@ -112,7 +112,7 @@ TEST_F(QtThreadsTest, whatAStepHoldsGoesOnTheMainThread) {
     EXPECT_EQ(elsewhere, 0);
 }
 
-TEST_F(QtThreadsTest, noStepRunsAfterTheEnd) {
+TEST_F(QtThreadsTest, NoStepRunsAfterTheEnd) {
     run([&] {
         threads_.performOnMain([&] {
             delegate_.calls += "last";
@@ -123,7 +123,7 @@ TEST_F(QtThreadsTest, noStepRunsAfterTheEnd) {
     EXPECT_EQ(delegate_.calls, "launched last");
 }
 
-TEST_F(QtThreadsTest, backgroundStepsHaveLoopsOfTheirOwn) {
+TEST_F(QtThreadsTest, BackgroundStepsHaveLoopsOfTheirOwn) {
     run([&] {
         threads_.performInBackground([&] {
             EXPECT_FALSE(threads_.makeRunLoop()->runOnce(std::chrono::milliseconds(1)));

@@ -39,20 +39,20 @@ struct RealTools {
     Service authorization;
 };
 
-TYPED_TEST_P(AuthorizationContract, rawStatusesComeBackOneAfterTheOther) {
+TYPED_TEST_P(AuthorizationContract, RawStatusesComeBackOneAfterTheOther) {
     EXPECT_EQ(this->rawStatus(0), 0);
     EXPECT_EQ(this->rawStatus(3), 0x0300);
     EXPECT_EQ(this->world_.authorization.wait(), std::nullopt) << "no child is left";
 }
 
-TYPED_TEST_P(AuthorizationContract, onlyWholeAbsolutePathsAreStarted) {
+TYPED_TEST_P(AuthorizationContract, OnlyWholeAbsolutePathsAreStarted) {
     for (const std::string& tool : {std::string(), std::string("sh"), std::string("/bin/sh\0x", 9)})
         EXPECT_FALSE(this->execute(tool, {})) << tool;
     EXPECT_FALSE(this->execute("/bin/sh", {"-c", std::string("exit 0\0x", 8)})) << "it would be cut";
     EXPECT_EQ(this->world_.authorization.wait(), std::nullopt);
 }
 
-TYPED_TEST_P(AuthorizationContract, theChildSignalIsSetBackExactly) {
+TYPED_TEST_P(AuthorizationContract, TheChildSignalIsSetBackExactly) {
     struct sigaction before {};
     before.sa_handler = SIG_IGN;
     before.sa_flags = SA_RESTART | SA_NOCLDWAIT;
@@ -67,7 +67,7 @@ TYPED_TEST_P(AuthorizationContract, theChildSignalIsSetBackExactly) {
     EXPECT_EQ(after.sa_flags & (SA_RESTART | SA_NOCLDWAIT), SA_RESTART | SA_NOCLDWAIT);
 }
 
-REGISTER_TYPED_TEST_SUITE_P(AuthorizationContract, rawStatusesComeBackOneAfterTheOther,
-                            onlyWholeAbsolutePathsAreStarted, theChildSignalIsSetBackExactly);
+REGISTER_TYPED_TEST_SUITE_P(AuthorizationContract, RawStatusesComeBackOneAfterTheOther,
+                            OnlyWholeAbsolutePathsAreStarted, TheChildSignalIsSetBackExactly);
 
 } // namespace tests

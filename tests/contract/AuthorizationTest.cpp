@@ -25,7 +25,7 @@ using platform::LinuxAuthorization;
 using tests::TestEnvironment;
 using tests::TestFolder;
 
-TEST(Elevation, isChosenByWhatIsThereAndEndsTheHelpersOptions) {
+TEST(Elevation, IsChosenByWhatIsThereAndEndsTheHelpersOptions) {
     const ElevationFacts onDesktop{.hasPkexec = true, .hasSystemBus = true, .hasDisplay = true, .hasSudo = true};
     const ElevationFacts onTerminal{.hasPkexec = true, .hasSystemBus = true, .hasTerminal = true, .hasSudo = true};
     const ElevationFacts askpass{.hasTerminal = true, .hasSudo = true, .hasAskpass = true};
@@ -48,7 +48,7 @@ TEST(Elevation, isChosenByWhatIsThereAndEndsTheHelpersOptions) {
     }
 }
 
-TEST(Elevation, environmentHoldsNothingThatChangesTools) {
+TEST(Elevation, EnvironmentHoldsNothingThatChangesTools) {
     const TestEnvironment environment{
         {"PATH", "/evil"},       {"LD_PRELOAD", ""},       {"IFS", "x"},
         {"DISPLAY", ":5"},       {"SUDO_ASKPASS", "/ask"}, {"XAUTHORITY", std::nullopt},
@@ -82,7 +82,7 @@ protected:
     std::shared_ptr<AuthorizationRef> reference;
 };
 
-TEST_F(Privileges, onlyPlainFilesAreStartedAndOnlyWithItsOwnRights) {
+TEST_F(Privileges, OnlyPlainFilesAreStartedAndOnlyWithItsOwnRights) {
     using namespace std::string_literals;
     for (const std::string& tool : {"/no/such/tool"s, folder.write("plain", "x"), folder.path()})
         EXPECT_FALSE(execute(tool, {})) << tool;
@@ -94,7 +94,7 @@ TEST_F(Privileges, onlyPlainFilesAreStartedAndOnlyWithItsOwnRights) {
     EXPECT_EQ(authorization.wait(), std::nullopt);
 }
 
-TEST_F(Privileges, toolsInheritNothing) {
+TEST_F(Privileges, ToolsInheritNothing) {
     const TestEnvironment environment{{"SECRET", "1"}, {"HOME", "/root"}};
     const int leaked = ::fcntl(STDERR_FILENO, F_DUPFD, 50);
     sigset_t blocked;
@@ -122,7 +122,7 @@ TEST_F(Privileges, toolsInheritNothing) {
     EXPECT_EQ(std::stoull(ignored, nullptr, 16) & (1ULL << (SIGPIPE - 1)), 0U);
 }
 
-TEST_F(Privileges, thePathsOfItsToolsAreInUseForAsLongAsItIsHeld) {
+TEST_F(Privileges, ThePathsOfItsToolsAreInUseForAsLongAsItIsHeld) {
     EXPECT_TRUE(execute("/bin/test", {"-e", "/some/path", "relative"}));
     authorization.wait();
     EXPECT_EQ(authorization.pathsInUse(), std::vector<std::string>{"/some/path"});
@@ -130,7 +130,7 @@ TEST_F(Privileges, thePathsOfItsToolsAreInUseForAsLongAsItIsHeld) {
     EXPECT_TRUE(authorization.pathsInUse().empty());
 }
 
-TEST_F(Privileges, childrenOfOtherThreadsAreTheirOwn) {
+TEST_F(Privileges, ChildrenOfOtherThreadsAreTheirOwn) {
     pid_t child = -1;
     std::string name = "/bin/true";
     char* arguments[] = {name.data(), nullptr};

@@ -17,7 +17,7 @@ protected:
 };
 TYPED_TEST_SUITE_P(BundlesContract);
 
-TYPED_TEST_P(BundlesContract, readsTheMainBundle) {
+TYPED_TEST_P(BundlesContract, ReadsTheMainBundle) {
     platform::Bundles& bundles = this->world_.bundles;
     EXPECT_EQ(bundles.mainBundlePath(), this->world_.mainPath());
     EXPECT_EQ(bundles.objectForInfoDictionaryKey("Text"), foundation::Value("y\xC3\xA9s"));
@@ -29,7 +29,7 @@ TYPED_TEST_P(BundlesContract, readsTheMainBundle) {
     EXPECT_EQ(bundles.localizedString("MISSING", ""), "MISSING");
 }
 
-TYPED_TEST_P(BundlesContract, everyFolderIsABundleAndReadAnewEachTime) {
+TYPED_TEST_P(BundlesContract, EveryFolderIsABundleAndReadAnewEachTime) {
     using Dictionary = foundation::Value::Dictionary;
     platform::Bundles& bundles = this->world_.bundles;
     const std::string path = this->world_.folder() + "/Product.app";
@@ -43,6 +43,6 @@ TYPED_TEST_P(BundlesContract, everyFolderIsABundleAndReadAnewEachTime) {
     }
 }
 
-REGISTER_TYPED_TEST_SUITE_P(BundlesContract, readsTheMainBundle, everyFolderIsABundleAndReadAnewEachTime);
+REGISTER_TYPED_TEST_SUITE_P(BundlesContract, ReadsTheMainBundle, EveryFolderIsABundleAndReadAnewEachTime);
 
 } // namespace tests

@@ -28,7 +28,7 @@ std::string repeated(const std::string& text, int count) {
     return result;
 }
 
-TEST(Bundles, readsEveryKindOfValue) {
+TEST(Bundles, ReadsEveryKindOfValue) {
     const TestFolder folder;
     folder.write("X.app/Contents/Info.plist", plist(R"(<!-- a comment --><dict>
         <key>text</key><string>  R&amp;D &#233;<![CDATA[<x>]]> </string>
@@ -53,7 +53,7 @@ TEST(Bundles, readsEveryKindOfValue) {
     EXPECT_EQ(bundles.bundleInformation(folder.path("X.app")), expected);
 }
 
-TEST(Bundles, unreadableListsGiveNoInformation) {
+TEST(Bundles, UnreadableListsGiveNoInformation) {
     const auto entry = [](const std::string& value) { return plist("<dict><key>a</key>" + value + "</dict>"); };
     const std::vector<std::string> lists{
         "",
@@ -80,7 +80,7 @@ TEST(Bundles, unreadableListsGiveNoInformation) {
     }
 }
 
-TEST(Bundles, listsAreFoundInThreePlacesAndNeverWaitedFor) {
+TEST(Bundles, ListsAreFoundInThreePlacesAndNeverWaitedFor) {
     const TestFolder folder;
     QtBundles bundles({"en"}, folder.path());
     std::filesystem::create_directories(folder.path("X/Contents"));
@@ -108,7 +108,7 @@ protected:
     TestFolder folder;
 };
 
-TEST_F(LocalizedTexts, comeInTheBestLanguage) {
+TEST_F(LocalizedTexts, ComeInTheBestLanguage) {
     EXPECT_EQ(text({"fr"}), "KEY") << "without any table";
     folder.write("Contents/Info.plist", plist("<dict><key>CFBundleDevelopmentRegion</key><string>de</string></dict>"));
     writeTable("en", "\"KEY\" = \"english\";");
@@ -122,7 +122,7 @@ TEST_F(LocalizedTexts, comeInTheBestLanguage) {
     EXPECT_EQ(text({"fr"}, "ONLY", "value"), "value");
 }
 
-TEST_F(LocalizedTexts, skipTablesThatCannotBeRead) {
+TEST_F(LocalizedTexts, SkipTablesThatCannotBeRead) {
     writeTable("en", "\"KEY\" = \"english\";");
     writeTable("fr", "\"KEY\" = \"half a table");
     std::filesystem::create_directories(folder.path("Contents/Resources/es.lproj"));

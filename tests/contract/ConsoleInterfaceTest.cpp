@@ -174,7 +174,7 @@ std::vector<std::string> withoutBanners(std::vector<std::string> lines) {
 using Lines = std::vector<std::string>;
 using Streams = Session::Streams;
 
-TEST(ConsoleInterfaceTest, stagesAreLinesOfTheirOwn) {
+TEST(ConsoleInterfaceTest, StagesAreLinesOfTheirOwn) {
     Session terminal("stages", Streams::Terminal);
     EXPECT_EQ(withoutBanners(screen(terminal.readToEnd())),
               (Lines{"Downloading", "Installing\\x1b[2J\\xc2\\x9b\\x9b", "It’s é…", "log: logged", ""}));
@@ -183,7 +183,7 @@ TEST(ConsoleInterfaceTest, stagesAreLinesOfTheirOwn) {
         << "no bar without a terminal";
 }
 
-TEST(ConsoleInterfaceTest, plainTerminalsGetLinesOfAscii) {
+TEST(ConsoleInterfaceTest, PlainTerminalsGetLinesOfAscii) {
     const Session::Environment environments[] = {{{"TERM", "dumb"}, {"LC_ALL", "C.UTF-8"}},
                                                  {{"TERM", "xterm"}, {"LC_ALL", "C"}},
                                                  {{"TERM", "xterm"}, {"LC_ALL", ""}, {"LC_CTYPE", "de_DE"}}};
@@ -203,7 +203,7 @@ TEST(ConsoleInterfaceTest, plainTerminalsGetLinesOfAscii) {
     }
 }
 
-TEST(ConsoleInterfaceTest, theBarStaysOnOneLine) {
+TEST(ConsoleInterfaceTest, TheBarStaysOnOneLine) {
     Session session("progress", Streams::Terminal, 40);
     std::string output = session.readUntil("  0%");
     session.step();
@@ -218,7 +218,7 @@ TEST(ConsoleInterfaceTest, theBarStaysOnOneLine) {
     EXPECT_EQ(withoutBanners(screen(output)), (Lines{"log: logged", "Installing", ""}));
 }
 
-TEST(ConsoleInterfaceTest, linesBreakBetweenWords) {
+TEST(ConsoleInterfaceTest, LinesBreakBetweenWords) {
     Session session("long alert", Streams::Terminal, 20);
     const std::string output = session.readUntil("> ");
     const std::string e = "e\u0301";
@@ -231,7 +231,7 @@ TEST(ConsoleInterfaceTest, linesBreakBetweenWords) {
     session.expectSuccess();
 }
 
-TEST(ConsoleInterfaceTest, questionsAreAnsweredByNumber) {
+TEST(ConsoleInterfaceTest, QuestionsAreAnsweredByNumber) {
     Session session("alert", Streams::Terminal);
     std::string output = session.readUntil("the loop runs\r\n[1-2, Return = 1] > ");
     EXPECT_EQ(withoutBanners(screen(output)),
@@ -246,7 +246,7 @@ TEST(ConsoleInterfaceTest, questionsAreAnsweredByNumber) {
     EXPECT_EQ(session.readToEnd(), " 2 \r\ncode 1001\r\n");
 }
 
-TEST(ConsoleInterfaceTest, anAnswerCountsAsSoonAsTheQuestionStandsThere) {
+TEST(ConsoleInterfaceTest, AnAnswerCountsAsSoonAsTheQuestionStandsThere) {
     Session session("huge alert", Streams::Terminal);
     session.readUntil("Title");
     session.type("2\n");
@@ -254,7 +254,7 @@ TEST(ConsoleInterfaceTest, anAnswerCountsAsSoonAsTheQuestionStandsThere) {
     session.readToEnd();
 }
 
-TEST(ConsoleInterfaceTest, whereNobodyAnswersTheProgramEnds) {
+TEST(ConsoleInterfaceTest, WhereNobodyAnswersTheProgramEnds) {
     Session terminal("alert", Streams::Terminal);
     terminal.readUntil("the loop runs\r\n[1-2, Return = 1] > ");
     terminal.type("\x04");
@@ -273,7 +273,7 @@ TEST(ConsoleInterfaceTest, whereNobodyAnswersTheProgramEnds) {
     background.expectSuccess();
 }
 
-TEST(ConsoleInterfaceTest, anInterruptionLeavesNothingOnTheLine) {
+TEST(ConsoleInterfaceTest, AnInterruptionLeavesNothingOnTheLine) {
     Session session("alert", Streams::Terminal);
     std::string output = session.readUntil("the loop runs\r\n[1-2, Return = 1] > ");
     session.type("\x03");
@@ -282,7 +282,7 @@ TEST(ConsoleInterfaceTest, anInterruptionLeavesNothingOnTheLine) {
     EXPECT_EQ(withoutBanners(screen(output)).back(), "");
 }
 
-TEST(ConsoleInterfaceTest, questionsWaitForEachOther) {
+TEST(ConsoleInterfaceTest, QuestionsWaitForEachOther) {
     Session session("two alerts", Streams::Terminal);
     for (const std::string title : {"One", "Two", "Three"}) {
         const std::string output = session.readUntil("> ");
@@ -294,13 +294,13 @@ TEST(ConsoleInterfaceTest, questionsWaitForEachOther) {
     session.expectSuccess();
 }
 
-TEST(ConsoleInterfaceTest, aStreamThatNobodyReadsHoldsNobodyUp) {
+TEST(ConsoleInterfaceTest, AStreamThatNobodyReadsHoldsNobodyUp) {
     Session session("noise", Streams::Socket);
     session.readUntil("not held up\n");
     session.expectSuccess();
 }
 
-TEST(ConsoleInterfaceTest, aClosedStreamIsNoReasonToDie) {
+TEST(ConsoleInterfaceTest, AClosedStreamIsNoReasonToDie) {
     Session session("stages", Streams::Socket);
     session.closeStream();
     session.expectSuccess();

@@ -69,7 +69,7 @@ bool ask(const std::string& uri) {
     return answer == 1;
 }
 
-TEST(FileManager, isAskedOverTheSessionBus) {
+TEST(FileManager, IsAskedOverTheSessionBus) {
     const tests::TestFolder folder;
     const std::string usualPlace = "unix:path=" + folder.path("bus");
     const tests::TestEnvironment environment{{"DBUS_SESSION_BUS_ADDRESS", std::nullopt},
@@ -92,7 +92,7 @@ TEST(FileManager, isAskedOverTheSessionBus) {
     EXPECT_FALSE(ask("file:///tmp/d")) << "a file manager that knows nothing of it";
 }
 
-TEST(FileManager, aBusThatNeverAnswersIsLeft) {
+TEST(FileManager, ABusThatNeverAnswersIsLeft) {
     const tests::TestFolder folder;
     struct sockaddr_un place {};
     place.sun_family = AF_UNIX;

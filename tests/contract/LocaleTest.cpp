@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(Locale, givesCountryAndLanguages) {
+TEST(Locale, GivesCountryAndLanguages) {
     const struct {
         const char* language; // LANGUAGE
         const char* all;      // LC_ALL

@@ -54,7 +54,7 @@ private:
 };
 TYPED_TEST_SUITE_P(PreferencesContract);
 
-TYPED_TEST_P(PreferencesContract, changesAreSeenAtOnceAndStoredBySynchronize) {
+TYPED_TEST_P(PreferencesContract, ChangesAreSeenAtOnceAndStoredBySynchronize) {
     const auto text = &TestFixture::text;
     this->run([&](platform::Preferences& preferences) {
         EXPECT_EQ(preferences.appValue("key", "example.agent"), std::nullopt);
@@ -80,7 +80,7 @@ TYPED_TEST_P(PreferencesContract, changesAreSeenAtOnceAndStoredBySynchronize) {
     });
 }
 
-TYPED_TEST_P(PreferencesContract, keepsTextsOfEveryKind) {
+TYPED_TEST_P(PreferencesContract, KeepsTextsOfEveryKind) {
     const auto texts = TestFixture::texts();
     this->run([&](platform::Preferences& preferences) {
         for (const std::string& each : texts)
@@ -93,6 +93,6 @@ TYPED_TEST_P(PreferencesContract, keepsTextsOfEveryKind) {
     });
 }
 
-REGISTER_TYPED_TEST_SUITE_P(PreferencesContract, changesAreSeenAtOnceAndStoredBySynchronize, keepsTextsOfEveryKind);
+REGISTER_TYPED_TEST_SUITE_P(PreferencesContract, ChangesAreSeenAtOnceAndStoredBySynchronize, KeepsTextsOfEveryKind);
 
 } // namespace tests

@@ -21,13 +21,13 @@ using platform::LinuxProcessInfo;
 using tests::TestEnvironment;
 using tests::TestFolder;
 
-TEST(ProcessInfo, systemPathsMoveBelowTheRoot) {
+TEST(ProcessInfo, SystemPathsMoveBelowTheRoot) {
     EXPECT_EQ(LinuxProcessInfo({}, "").systemPath("/Applications"), "/Applications");
     EXPECT_EQ(LinuxProcessInfo({}, "//").systemPath("/Applications"), "/Applications");
     EXPECT_EQ(LinuxProcessInfo({}, "/srv/other/").systemPath("/Applications/X.app"), "/srv/other/Applications/X.app");
 }
 
-TEST(ProcessInfo, uniqueTextsAreKnownByTheirForm) {
+TEST(ProcessInfo, UniqueTextsAreKnownByTheirForm) {
     LinuxProcessInfo info({}, "");
     const std::string uuid = "[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}";
     const std::regex unique(uuid + '-' + std::to_string(::getpid()) + "-[0-9A-F]{16}");
@@ -35,7 +35,7 @@ TEST(ProcessInfo, uniqueTextsAreKnownByTheirForm) {
     EXPECT_TRUE(std::regex_match(info.globallyUniqueString(), unique));
 }
 
-TEST(ProcessInfo, homeIsAnAbsolutePath) {
+TEST(ProcessInfo, HomeIsAnAbsolutePath) {
     for (const char* home : {"/home/zoe/", "relative"}) {
         const TestEnvironment environment{{"HOME", home}};
         const std::string found = LinuxProcessInfo({}, "").homeDirectory();
@@ -70,7 +70,7 @@ protected:
     TestEnvironment environment{{"TMPDIR", shared}};
 };
 
-TEST_F(TemporaryFolder, isPrivate) {
+TEST_F(TemporaryFolder, IsPrivate) {
     EXPECT_EQ(choice(), usual) << "made in a shared one";
     EXPECT_EQ(choice(), usual) << "the next run finds it again";
     const TestEnvironment own{{"TMPDIR", folder.path() + "//"}};
@@ -85,7 +85,7 @@ TEST_F(TemporaryFolder, isPrivate) {
     }
 }
 
-TEST_F(TemporaryFolder, isReachedByAPlainPathThatOthersCannotBend) {
+TEST_F(TemporaryFolder, IsReachedByAPlainPathThatOthersCannotBend) {
     for (const std::string& detour : {shared + "/.", shared + "/../tmp//", folder.path() + "/./tmp"}) {
         const TestEnvironment other{{"TMPDIR", detour}};
         EXPECT_EQ(choice(), usual) << detour;
@@ -104,7 +104,7 @@ TEST_F(TemporaryFolder, isReachedByAPlainPathThatOthersCannotBend) {
     }
 }
 
-TEST_F(TemporaryFolder, takesALibrarysFolderForSocketsAlongAtTheEnd) {
+TEST_F(TemporaryFolder, TakesALibrarysFolderForSocketsAlongAtTheEnd) {
     const std::string sockets = shared + "/runtime-" + ::getpwuid(::geteuid())->pw_name;
     const TestEnvironment none{{"XDG_RUNTIME_DIR", std::nullopt}};
     const auto isLeft = [&](bool wasThere) {
@@ -119,7 +119,7 @@ TEST_F(TemporaryFolder, takesALibrarysFolderForSocketsAlongAtTheEnd) {
     EXPECT_TRUE(isLeft(true)) << "it may be another program's";
 }
 
-TEST_F(TemporaryFolder, isFreshWhenTheUsualOneCannotBeTrusted) {
+TEST_F(TemporaryFolder, IsFreshWhenTheUsualOneCannotBeTrusted) {
     LinuxProcessInfo info({}, "");
     EXPECT_EQ(info.temporaryDirectory(), usual + '/');
     std::filesystem::remove(usual);
@@ -137,7 +137,7 @@ TEST_F(TemporaryFolder, isFreshWhenTheUsualOneCannotBeTrusted) {
     }
 }
 
-TEST(Console, messagesOfManyThreadsStayWhole) {
+TEST(Console, MessagesOfManyThreadsStayWhole) {
     platform::StandardErrorConsole console("/opt/My App/Tolvix Installer");
     const std::string body(3000, 'x');
     testing::internal::CaptureStderr();

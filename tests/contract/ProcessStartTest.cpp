@@ -29,7 +29,7 @@ bool isIgnored(int number) {
     return ::sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
-TEST(ProcessStartTest, signalsThatTheParentLeftOffWorkAgain) {
+TEST(ProcessStartTest, SignalsThatTheParentLeftOffWorkAgain) {
     const auto leave = [] {
         for (int number = 1; number < NSIG; ++number)
             std::signal(number, SIG_IGN);
@@ -50,7 +50,7 @@ TEST(ProcessStartTest, signalsThatTheParentLeftOffWorkAgain) {
         [] {}, [](bool isFit) { return isFit && isIgnored(SIGPIPE) && isIgnored(SIGXFSZ) && !isIgnored(SIGINT); }));
 }
 
-TEST(ProcessStartTest, standardStreamsAreOpenWhateverWasClosed) {
+TEST(ProcessStartTest, StandardStreamsAreOpenWhateverWasClosed) {
     for (const int closed : {1, 2, 4, 7}) {
         const auto leave = [closed] {
             for (int stream = 0; stream <= STDERR_FILENO; ++stream)
@@ -62,7 +62,7 @@ TEST(ProcessStartTest, standardStreamsAreOpenWhateverWasClosed) {
     }
 }
 
-TEST(ProcessStartTest, theLimitOfOpenFilesIsRaisedOrTold) {
+TEST(ProcessStartTest, TheLimitOfOpenFilesIsRaisedOrTold) {
     const auto limit = [](rlim_t soft, rlim_t hard) {
         return [soft, hard] {
             const struct rlimit files { soft, hard };

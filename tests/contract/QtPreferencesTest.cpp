@@ -63,7 +63,7 @@ void store(QtPreferences& preferences, const std::string& value, const std::stri
 
 } // namespace
 
-TEST(QtPreferencesTest, isReadByQtProgramsAndReadsWhatTheyWrite) {
+TEST(QtPreferencesTest, IsReadByQtProgramsAndReadsWhatTheyWrite) {
     const TestFolder folder;
     QtPreferences preferences(folder.path());
     preferences.setValue(Value(true), "flag", domain);
@@ -95,7 +95,7 @@ TEST(QtPreferencesTest, isReadByQtProgramsAndReadsWhatTheyWrite) {
     EXPECT_EQ(reader.appValue("noted", domain), Value("value"));
 }
 
-TEST(QtPreferencesTest, changesNoByteThatIsNotItsOwn) {
+TEST(QtPreferencesTest, ChangesNoByteThatIsNotItsOwn) {
     using namespace std::string_literals;
     const struct {
         std::string before;
@@ -129,7 +129,7 @@ TEST(QtPreferencesTest, changesNoByteThatIsNotItsOwn) {
     }
 }
 
-TEST(QtPreferencesTest, keepsWhatOtherProgramsStoreMeanwhile) {
+TEST(QtPreferencesTest, KeepsWhatOtherProgramsStoreMeanwhile) {
     const TestFolder folder;
     QtPreferences preferences(folder.path());
     preferences.setValue(Value("mine"), "id", domain);
@@ -144,7 +144,7 @@ TEST(QtPreferencesTest, keepsWhatOtherProgramsStoreMeanwhile) {
     EXPECT_EQ(folder.read(file), "[General]\nid=first\nown=changed\n") << "a value that was known is replaced";
 }
 
-TEST(QtPreferencesTest, firstRunsAtOnceAgree) {
+TEST(QtPreferencesTest, FirstRunsAtOnceAgree) {
     const TestFolder folder;
     std::vector<std::string> values(8);
     std::vector<std::thread> runs;
@@ -164,7 +164,7 @@ TEST(QtPreferencesTest, firstRunsAtOnceAgree) {
         EXPECT_EQ(reader.appValue("run" + std::to_string(number), domain), Value(std::to_string(number)));
 }
 
-TEST(QtPreferencesTest, aKilledRunLeavesOneWholeFile) {
+TEST(QtPreferencesTest, AKilledRunLeavesOneWholeFile) {
     const TestFolder folder;
     for (int round = 0; round < 30; ++round) {
         const pid_t run = ::fork();
@@ -187,7 +187,7 @@ TEST(QtPreferencesTest, aKilledRunLeavesOneWholeFile) {
     EXPECT_EQ(entryCount(folder.path()), 1U);
 }
 
-TEST(QtPreferencesTest, refusesDomainsThatLeaveTheFolder) {
+TEST(QtPreferencesTest, RefusesDomainsThatLeaveTheFolder) {
     const TestFolder folder;
     folder.write("outside.conf", "[General]\nkey=secret\n");
     std::filesystem::create_directory(folder.path("inner"));
@@ -201,7 +201,7 @@ TEST(QtPreferencesTest, refusesDomainsThatLeaveTheFolder) {
     EXPECT_EQ(entryCount(folder.path("inner")), 0U);
 }
 
-TEST(QtPreferencesTest, aFailedWriteLeavesEverythingAsItWas) {
+TEST(QtPreferencesTest, AFailedWriteLeavesEverythingAsItWas) {
     const TestFolder folder;
     const std::string before = "[General]\nkey=old\n";
     folder.write(file, before);
@@ -231,7 +231,7 @@ TEST(QtPreferencesTest, aFailedWriteLeavesEverythingAsItWas) {
     EXPECT_EQ(homeless.appValue("key", domain), Value("x"));
 }
 
-TEST(QtPreferencesTest, linksStayLinksAndOtherItemsAreLeftAlone) {
+TEST(QtPreferencesTest, LinksStayLinksAndOtherItemsAreLeftAlone) {
     const TestFolder folder;
     folder.write("dotfiles/real.conf", "[General]\nkey=old\n");
     std::filesystem::create_symlink("dotfiles/real.conf", folder.path(file));
@@ -251,7 +251,7 @@ TEST(QtPreferencesTest, linksStayLinksAndOtherItemsAreLeftAlone) {
     EXPECT_TRUE(std::filesystem::is_fifo(folder.path("pipe.conf")));
 }
 
-TEST(QtPreferencesTest, theFolderIsTheUsersOwn) {
+TEST(QtPreferencesTest, TheFolderIsTheUsersOwn) {
     const TestEnvironment relative{{"XDG_CONFIG_HOME", "relative/folder"}};
     EXPECT_EQ(QtPreferences::userConfigurationFolder("/home/zoe"), "/home/zoe/.config");
     const TestEnvironment absolute{{"XDG_CONFIG_HOME", "/srv/config"}};

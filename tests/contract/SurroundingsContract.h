@@ -17,7 +17,7 @@ protected:
 };
 TYPED_TEST_SUITE_P(SurroundingsContract);
 
-TYPED_TEST_P(SurroundingsContract, textsAreUniqueAndFoldersAbsolute) {
+TYPED_TEST_P(SurroundingsContract, TextsAreUniqueAndFoldersAbsolute) {
     platform::ProcessInfo& info = this->world_.info;
     std::set<std::string> seen;
     for (int count = 0; count < 100; ++count) {
@@ -31,7 +31,7 @@ TYPED_TEST_P(SurroundingsContract, textsAreUniqueAndFoldersAbsolute) {
     EXPECT_FALSE(info.arguments().empty());
 }
 
-TYPED_TEST_P(SurroundingsContract, thereIsAlwaysALanguage) {
+TYPED_TEST_P(SurroundingsContract, ThereIsAlwaysALanguage) {
     for (const std::string& language : this->world_.locale.preferredLanguages())
         EXPECT_TRUE(std::regex_match(language, std::regex("[a-z]{2,3}(-[A-Za-z0-9]+)*"))) << language;
     EXPECT_FALSE(this->world_.locale.preferredLanguages().empty());
@@ -39,6 +39,6 @@ TYPED_TEST_P(SurroundingsContract, thereIsAlwaysALanguage) {
     EXPECT_TRUE(!country || std::regex_match(*country, std::regex("[A-Z]{2}|[0-9]{3}"))) << *country;
 }
 
-REGISTER_TYPED_TEST_SUITE_P(SurroundingsContract, textsAreUniqueAndFoldersAbsolute, thereIsAlwaysALanguage);
+REGISTER_TYPED_TEST_SUITE_P(SurroundingsContract, TextsAreUniqueAndFoldersAbsolute, ThereIsAlwaysALanguage);
 
 } // namespace tests

@@ -67,7 +67,7 @@ protected:
 };
 TYPED_TEST_SUITE_P(TasksContract);
 
-TYPED_TEST_P(TasksContract, outputAndStatusArriveOnceEach) {
+TYPED_TEST_P(TasksContract, OutputAndStatusArriveOnceEach) {
     for (const ToolOrder& order :
          {ToolOrder{"some\nlines\n"}, {"", 255}, {"out", 9, true}, {"", 13, true}, {"", 15, true}}) {
         SCOPED_TRACE(order.status);
@@ -80,7 +80,7 @@ TYPED_TEST_P(TasksContract, outputAndStatusArriveOnceEach) {
     }
 }
 
-TYPED_TEST_P(TasksContract, theEndOfTheInputIsSeen) {
+TYPED_TEST_P(TasksContract, TheEndOfTheInputIsSeen) {
     for (const bool drops : {false, true}) {
         RunningTask running = this->task(this->world_.tool({"x", 0, false, true}));
         ASSERT_TRUE(running.launch());
@@ -92,7 +92,7 @@ TYPED_TEST_P(TasksContract, theEndOfTheInputIsSeen) {
     }
 }
 
-TYPED_TEST_P(TasksContract, whatCannotBeStartedHasNoEnd) {
+TYPED_TEST_P(TasksContract, WhatCannotBeStartedHasNoEnd) {
     for (const char* path : {"/missing/tool", "tool", ""}) {
         const platform::TaskDescription description{path, {}, {}, nullptr, nullptr};
         RunningTask running = this->task(description);
@@ -102,7 +102,7 @@ TYPED_TEST_P(TasksContract, whatCannotBeStartedHasNoEnd) {
     }
 }
 
-REGISTER_TYPED_TEST_SUITE_P(TasksContract, outputAndStatusArriveOnceEach, theEndOfTheInputIsSeen,
-                            whatCannotBeStartedHasNoEnd);
+REGISTER_TYPED_TEST_SUITE_P(TasksContract, OutputAndStatusArriveOnceEach, TheEndOfTheInputIsSeen,
+                            WhatCannotBeStartedHasNoEnd);
 
 } // namespace tests

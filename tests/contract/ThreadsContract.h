@@ -21,7 +21,7 @@ protected:
 };
 TYPED_TEST_SUITE_P(ThreadsContract);
 
-TYPED_TEST_P(ThreadsContract, stepsRunLaterAndInOrder) {
+TYPED_TEST_P(ThreadsContract, StepsRunLaterAndInOrder) {
     auto& world = this->world_;
     platform::Threads& threads = world.threads;
     std::string order;
@@ -37,7 +37,7 @@ TYPED_TEST_P(ThreadsContract, stepsRunLaterAndInOrder) {
     EXPECT_LT(order.find("first second "), order.find("third "));
 }
 
-TYPED_TEST_P(ThreadsContract, stepsOfEachThreadKeepTheirOrderOnTheMainThread) {
+TYPED_TEST_P(ThreadsContract, StepsOfEachThreadKeepTheirOrderOnTheMainThread) {
     auto& world = this->world_;
     constexpr int count = 500;
     const std::thread::id mainThread = std::this_thread::get_id();
@@ -57,7 +57,7 @@ TYPED_TEST_P(ThreadsContract, stepsOfEachThreadKeepTheirOrderOnTheMainThread) {
         EXPECT_TRUE(std::is_sorted(numbers.begin(), numbers.end()));
 }
 
-TYPED_TEST_P(ThreadsContract, aStepGoesOnceItHasRun) {
+TYPED_TEST_P(ThreadsContract, AStepGoesOnceItHasRun) {
     auto& world = this->world_;
     auto onMain = std::make_shared<int>();
     auto inBackground = std::make_shared<int>();
@@ -72,7 +72,7 @@ TYPED_TEST_P(ThreadsContract, aStepGoesOnceItHasRun) {
         std::this_thread::yield();
 }
 
-REGISTER_TYPED_TEST_SUITE_P(ThreadsContract, stepsRunLaterAndInOrder, stepsOfEachThreadKeepTheirOrderOnTheMainThread,
-                            aStepGoesOnceItHasRun);
+REGISTER_TYPED_TEST_SUITE_P(ThreadsContract, StepsRunLaterAndInOrder, StepsOfEachThreadKeepTheirOrderOnTheMainThread,
+                            AStepGoesOnceItHasRun);
 
 } // namespace tests

@@ -47,7 +47,7 @@ private:
 };
 TYPED_TEST_SUITE_P(TransfersContract);
 
-TYPED_TEST_P(TransfersContract, downloadsGoToTheirDestinationOrFail) {
+TYPED_TEST_P(TransfersContract, DownloadsGoToTheirDestinationOrFail) {
     auto& world = this->world_;
     const std::string served = world.serve("disk image");
     const std::string file = world.path("file");
@@ -63,18 +63,18 @@ TYPED_TEST_P(TransfersContract, downloadsGoToTheirDestinationOrFail) {
     EXPECT_TRUE(world.has(file));
 }
 
-TYPED_TEST_P(TransfersContract, requestsEndOnce) {
+TYPED_TEST_P(TransfersContract, RequestsEndOnce) {
     EXPECT_EQ(this->post(this->world_.serve("answer")), "response data finish ");
     EXPECT_EQ(this->post(this->world_.unserved()), failure(platform::URLErrorCode::cannotConnectToHost));
 }
 
-TYPED_TEST_P(TransfersContract, fetchesTheWholeBodyOrNothing) {
+TYPED_TEST_P(TransfersContract, FetchesTheWholeBodyOrNothing) {
     platform::Transfers& transfers = this->world_.transfers();
     EXPECT_EQ(transfers.dataWithContentsOfURL(this->url(this->world_.serve("answer"))), "answer");
     EXPECT_EQ(transfers.dataWithContentsOfURL(this->url(this->world_.unserved())), std::nullopt);
 }
 
-REGISTER_TYPED_TEST_SUITE_P(TransfersContract, downloadsGoToTheirDestinationOrFail, requestsEndOnce,
-                            fetchesTheWholeBodyOrNothing);
+REGISTER_TYPED_TEST_SUITE_P(TransfersContract, DownloadsGoToTheirDestinationOrFail, RequestsEndOnce,
+                            FetchesTheWholeBodyOrNothing);
 
 } // namespace tests

@@ -17,7 +17,7 @@ protected:
 };
 TYPED_TEST_SUITE_P(WorkspaceContract);
 
-TYPED_TEST_P(WorkspaceContract, destroysOnlyWhatIsNamedAndThere) {
+TYPED_TEST_P(WorkspaceContract, DestroysOnlyWhatIsNamedAndThere) {
     auto& world = this->world_;
     platform::Workspace& workspace = world.workspace;
     const std::string place = world.folder() + "/place";
@@ -36,7 +36,7 @@ TYPED_TEST_P(WorkspaceContract, destroysOnlyWhatIsNamedAndThere) {
     EXPECT_TRUE(world.has(place + "/kept") && world.has(world.folder() + "/outside"));
 }
 
-TYPED_TEST_P(WorkspaceContract, showsAndLaunchesNothingThatIsNotThere) {
+TYPED_TEST_P(WorkspaceContract, ShowsAndLaunchesNothingThatIsNotThere) {
     platform::Workspace& workspace = this->world_.workspace;
     for (const std::string& path : {this->world_.folder() + "/Missing.app", std::string("relative"), std::string()}) {
         EXPECT_FALSE(workspace.selectFile(path, "")) << path;
@@ -44,13 +44,13 @@ TYPED_TEST_P(WorkspaceContract, showsAndLaunchesNothingThatIsNotThere) {
     }
 }
 
-TYPED_TEST_P(WorkspaceContract, findsNoCopiesOfWhatDoesNotRunAndLeavesOthersAlone) {
+TYPED_TEST_P(WorkspaceContract, FindsNoCopiesOfWhatDoesNotRunAndLeavesOthersAlone) {
     EXPECT_TRUE(this->world_.workspace.runningApplications("example.nothing").empty());
     // Its number is taken, but by a process with another start.
     this->world_.workspace.terminate({::getpid(), 1});
 }
 
-REGISTER_TYPED_TEST_SUITE_P(WorkspaceContract, destroysOnlyWhatIsNamedAndThere, showsAndLaunchesNothingThatIsNotThere,
-                            findsNoCopiesOfWhatDoesNotRunAndLeavesOthersAlone);
+REGISTER_TYPED_TEST_SUITE_P(WorkspaceContract, DestroysOnlyWhatIsNamedAndThere, ShowsAndLaunchesNothingThatIsNotThere,
+                            FindsNoCopiesOfWhatDoesNotRunAndLeavesOthersAlone);
 
 } // namespace tests

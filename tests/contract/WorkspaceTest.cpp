@@ -115,7 +115,7 @@ protected:
                              }};
 };
 
-TEST_F(Workspace, findsProgramsAndScriptsOfTheBundle) {
+TEST_F(Workspace, FindsProgramsAndScriptsOfTheBundle) {
     const std::string program = copyProgram("My App.app/Contents/MacOS/run");
     std::filesystem::copy_file("/bin/sh", folder.path("shell"));
     const Child compiled({program, "600"});
@@ -132,7 +132,7 @@ TEST_F(Workspace, findsProgramsAndScriptsOfTheBundle) {
     EXPECT_TRUE(isRunning(kept.processId())) << "with an interpreter that was updated since";
 }
 
-TEST_F(Workspace, leavesOtherProgramsOut) {
+TEST_F(Workspace, LeavesOtherProgramsOut) {
     const std::string inner = "My App.app/Contents/Helpers/Agent.app/Contents";
     folder.write(inner + "/Info.plist", information("example.agent"));
     folder.write("Broken.app/Contents/Info.plist", "nothing");
@@ -146,7 +146,7 @@ TEST_F(Workspace, leavesOtherProgramsOut) {
         EXPECT_FALSE(isRunning(child->processId()));
 }
 
-TEST_F(Workspace, asksProgramsToQuit) {
+TEST_F(Workspace, AsksProgramsToQuit) {
     const Child obedient({copyProgram("My App.app/Contents/MacOS/run"), "600"});
     const Child stubborn(
         {addWaitingScript("stubborn", "#!/bin/sh", "trap '' TERM\necho > '" + folder.path("ready") + "'\n")});
@@ -178,7 +178,7 @@ void refuseProcessDescriptors() {
         GTEST_SKIP() << "no filters here";
 }
 
-TEST_F(Workspace, asksToQuitWithoutProcessDescriptors) {
+TEST_F(Workspace, AsksToQuitWithoutProcessDescriptors) {
     const Child child({addWaitingScript("plain", "#!/bin/sh")});
     ASSERT_TRUE(becomesTrue([&] { return isRunning(child.processId()); }));
     std::thread([&] {
@@ -192,7 +192,7 @@ TEST_F(Workspace, asksToQuitWithoutProcessDescriptors) {
     EXPECT_TRUE(becomesTrue([&] { return !isRunning(child.processId()); }));
 }
 
-TEST_F(Workspace, launchesABundleOnce) {
+TEST_F(Workspace, LaunchesABundleOnce) {
     folder.write("My App.app/Contents/MacOS/run",
                  "#!/bin/sh\necho \"$0 $# $PWD\" >> '" + folder.path("launches") + "'\nwhile ! [ -e '" +
                      folder.path("stop") + "' ]; do sleep 0.05; done\n",
@@ -208,7 +208,7 @@ TEST_F(Workspace, launchesABundleOnce) {
     EXPECT_TRUE(becomesTrue([&] { return workspace.runningApplications("example.app").empty(); }));
 }
 
-TEST_F(Workspace, refusesBundlesThatCannotBeLaunched) {
+TEST_F(Workspace, RefusesBundlesThatCannotBeLaunched) {
     folder.write("outside", "#!/bin/sh\n", true);
     folder.write("My App.app/Contents/MacOS/plain", "#!/bin/sh\n");
     for (const char* name : {"missing", "plain", "../../../outside", "", ".", ".."}) {
@@ -238,7 +238,7 @@ protected:
     TestEnvironment environment{{"PATH", "bin:/nowhere:" + folder.path("bin") + ":/usr/bin:/bin"}};
 };
 
-TEST_F(Opener, opensURLsWithoutAShell) {
+TEST_F(Opener, OpensURLsWithoutAShell) {
     const std::string url = "https://host/?a=1&b=$(reboot);'x'";
     ASSERT_TRUE(open(url));
     EXPECT_EQ(opened(), "1|" + url + '|');
@@ -254,7 +254,7 @@ TEST_F(Opener, opensURLsWithoutAShell) {
     std::filesystem::current_path(previous);
 }
 
-TEST_F(Opener, standsInForAFileManager) {
+TEST_F(Opener, StandsInForAFileManager) {
     const std::string file = folder.write("some folder/a file é", "");
     EXPECT_TRUE(workspace.selectFile(file, ""));
     EXPECT_EQ(shown, std::vector{"file://" + folder.path("some%20folder/a%20file%20%C3%A9")});

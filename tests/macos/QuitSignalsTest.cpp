@@ -6,7 +6,7 @@
 
 using platform::QuitSignals;
 
-TEST(QuitSignalsTest, tellsOfEachSignalAndSetsTheirEffectBack) {
+TEST(QuitSignalsTest, TellsOfEachSignalAndSetsTheirEffectBack) {
     std::signal(SIGHUP, SIG_IGN);
     const auto terminate = std::signal(SIGTERM, SIG_DFL);
     std::counting_semaphore<> requests(0);

@@ -28,7 +28,7 @@ protected:
 
 } // namespace
 
-TEST_F(AlertQueueTest, showsOneAfterTheOther) {
+TEST_F(AlertQueueTest, ShowsOneAfterTheOther) {
     begin("first", false, [this] { begin("third"); });
     begin("second");
     for (const char* title : {"first", "second", "third"}) {
@@ -41,7 +41,7 @@ TEST_F(AlertQueueTest, showsOneAfterTheOther) {
     EXPECT_EQ(ended.size(), 3U) << "an answer to nothing";
 }
 
-TEST_F(AlertQueueTest, endsOpenAndWaitingOnes) {
+TEST_F(AlertQueueTest, EndsOpenAndWaitingOnes) {
     const auto first = begin("first");
     const auto second = begin("second");
     const auto third = begin("third");
@@ -54,7 +54,7 @@ TEST_F(AlertQueueTest, endsOpenAndWaitingOnes) {
     EXPECT_EQ(ended, (Texts{"second 1001", "first 1000", "third 1002"}));
 }
 
-TEST_F(AlertQueueTest, anAnswerCanEndOthersAndNotItself) {
+TEST_F(AlertQueueTest, AnAnswerCanEndOthersAndNotItself) {
     platform::SheetNumber second = 0;
     const auto first = begin("first", false, [&] {
         alerts.endSheet(1, 1001);
@@ -67,7 +67,7 @@ TEST_F(AlertQueueTest, anAnswerCanEndOthersAndNotItself) {
     EXPECT_EQ(alerts.count(), 0U);
 }
 
-TEST_F(AlertQueueTest, leavesTheScreenOnlyAfterTheLastOfThoseThatEndTheProgram) {
+TEST_F(AlertQueueTest, LeavesTheScreenOnlyAfterTheLastOfThoseThatEndTheProgram) {
     begin("question");
     alerts.answer(1000);
     EXPECT_FALSE(alerts.leftTheScreen);

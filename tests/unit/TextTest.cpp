@@ -143,7 +143,7 @@ TEST(PercentEscapeTest, EscapesWhatMayNotStandInAURL) {
     EXPECT_EQ(foundation::removingPercentEscapes("%zz%4"), "%zz%4");
 }
 
-TEST(MessageTextTest, controlCharactersNeverReachATerminal) {
+TEST(MessageTextTest, ControlCharactersNeverReachATerminal) {
     using foundation::printableText;
     EXPECT_EQ(printableText("a\n\tb \u00e9\u4e2d"), "a\n\tb \u00e9\u4e2d");
     for (int byte = 0; byte < 256; ++byte) {
@@ -158,6 +158,6 @@ TEST(MessageTextTest, controlCharactersNeverReachATerminal) {
     }
 }
 
-TEST(MessageTextTest, plainTerminalsGetTheNearestAscii) {
+TEST(MessageTextTest, PlainTerminalsGetTheNearestAscii) {
     EXPECT_EQ(foundation::asciiText("It\u2019s \u201Ea\u201C\u2026\u00A0\u4e2d\u00e9\n\xFF-"), "It's \"a\"... ??\n?-");
 }
