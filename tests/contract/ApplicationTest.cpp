@@ -133,11 +133,3 @@ TEST_F(QtThreadsTest, BackgroundStepsHaveLoopsOfTheirOwn) {
 }
 
 } // namespace tests
-
-int main(int argc, char** argv) {
-    const QCoreApplication application(argc, argv);
-    testing::InitGoogleTest(&argc, argv);
-    // Programs run anew for their end.
-    testing::FLAGS_gtest_death_test_style = "threadsafe";
-    return RUN_ALL_TESTS();
-}

@@ -94,6 +94,14 @@ public:
         EXPECT_EQ(status, 0);
     }
 
+    // Waits for what ends with a question, types the answer and waits for what it comes to, and for the end.
+    void answer(const std::string& question, const std::string& typed, const std::string& outcome) {
+        readUntil(question);
+        type(typed);
+        readUntil(outcome);
+        expectSuccess();
+    }
+
     void type(const std::string& text) const {
         EXPECT_EQ(::write(stream_, text.data(), text.size()), static_cast<ssize_t>(text.size()));
     }
@@ -196,10 +204,7 @@ TEST(ConsoleInterfaceTest, PlainTerminalsGetLinesOfAscii) {
         EXPECT_EQ(output.find('\x1b'), std::string::npos);
 
         Session alert("alert", Streams::Terminal, 80, environment);
-        alert.readUntil("[2] Quit\r\n[1-2, Return = 1] > ");
-        alert.type("2\n");
-        alert.readUntil("code 1001\r\n");
-        alert.expectSuccess();
+        alert.answer("[2] Quit\r\n[1-2, Return = 1] > ", "2\n", "code 1001\r\n");
     }
 }
 
@@ -226,9 +231,7 @@ TEST(ConsoleInterfaceTest, LinesBreakBetweenWords) {
     EXPECT_EQ(screen(output), (Lines{"", "Make sure there is", "enough free space", "インターネット接続と",
                                      "ディスクを確認。", word + ' ' + word + ' ' + word + ' ' + word, "end", "",
                                      "[1] Continue with", "    the installation", "[2] Quit", "[1-2, Return = 1] >"}));
-    session.type("\n");
-    session.readUntil("code 1000\r\n");
-    session.expectSuccess();
+    session.answer("", "\n", "code 1000\r\n");
 }
 
 TEST(ConsoleInterfaceTest, QuestionsAreAnsweredByNumber) {
@@ -248,29 +251,19 @@ TEST(ConsoleInterfaceTest, QuestionsAreAnsweredByNumber) {
 
 TEST(ConsoleInterfaceTest, AnAnswerCountsAsSoonAsTheQuestionStandsThere) {
     Session session("huge alert", Streams::Terminal);
-    session.readUntil("Title");
-    session.type("2\n");
-    session.readUntil("code 1001");
-    session.readToEnd();
+    session.answer("Title", "2\n", "code 1001\r\n");
 }
 
 TEST(ConsoleInterfaceTest, WhereNobodyAnswersTheProgramEnds) {
     Session terminal("alert", Streams::Terminal);
-    terminal.readUntil("the loop runs\r\n[1-2, Return = 1] > ");
-    terminal.type("\x04");
-    terminal.readUntil("> 2\r\ncode 1001\r\n");
-    terminal.expectSuccess();
+    terminal.answer("the loop runs\r\n[1-2, Return = 1] > ", "\x04", "> 2\r\ncode 1001\r\n");
 
     Session socket("alert", Streams::Socket);
-    socket.type("1\n");
-    socket.readUntil("[2] Quit\nreturned\n> 2\ncode 1001\n");
-    socket.expectSuccess();
+    socket.answer("", "1\n", "[2] Quit\nreturned\n> 2\ncode 1001\n");
 
     // Reading there, forgetting what was typed, and here writing, too, would stop the process.
     Session background("alert", Streams::BackgroundOfTerminal);
-    background.type("1\n");
-    background.readUntil("> 2\r\ncode 1001\r\n");
-    background.expectSuccess();
+    background.answer("", "1\n", "> 2\r\ncode 1001\r\n");
 }
 
 TEST(ConsoleInterfaceTest, AnInterruptionLeavesNothingOnTheLine) {

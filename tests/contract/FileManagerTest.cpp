@@ -110,13 +110,3 @@ TEST(FileManager, ABusThatNeverAnswersIsLeft) {
 }
 
 } // namespace
-
-int main(int argc, char** argv) {
-#ifdef __SANITIZE_THREAD__
-    // The bus library hands its data between threads with locks that the sanitizer does not see.
-    ::testing::GTEST_FLAG(filter) = "-*";
-#endif
-    const QCoreApplication application(argc, argv);
-    ::testing::InitGoogleTest(&argc, argv);
-    return RUN_ALL_TESTS();
-}

@@ -30,9 +30,3 @@ TEST(SocketClaimTest, ASecondClaimIsRefusedAndTheFirstIsTold) {
     SocketClaim third;
     EXPECT_TRUE(third.claim(folder.path(), nothing)) << "a claim goes with its holder";
 }
-
-int main(int argc, char** argv) {
-    testing::InitGoogleTest(&argc, argv);
-    const QCoreApplication application(argc, argv);
-    return RUN_ALL_TESTS();
-}

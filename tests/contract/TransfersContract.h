@@ -9,7 +9,7 @@
 
 namespace tests {
 
-// What all transfers do. A `World` has `transfers()`; `serve(body)`, the address that the body is served at, and
+// What all transfers do. A `World` has `transfers`; `serve(body)`, the address that the body is served at, and
 // `unserved()`, one that nobody answers; `path(name)` in an existing folder, `addFile(path)` and `has(path)`; and
 // `runUntil(condition)`, which lets the main thread and the transfers go on, for as long as a test may take.
 template <class World>
@@ -19,13 +19,13 @@ protected:
 
     std::string download(const std::string& from, const std::optional<std::string>& path, bool overwrites) {
         return messages([&](const std::shared_ptr<TransferNotes>& notes) {
-            world_.transfers().startDownload(url(from), notes)->setDestination(path, overwrites);
+            world_.transfers.startDownload(url(from), notes)->setDestination(path, overwrites);
         });
     }
 
     std::string post(const std::string& to) {
         return messages([&](const std::shared_ptr<TransferNotes>& notes) {
-            EXPECT_TRUE(world_.transfers().startPost({url(to), "content-type", "text/x-test", "a=b"}, notes));
+            EXPECT_TRUE(world_.transfers.startPost({url(to), "content-type", "text/x-test", "a=b"}, notes));
         });
     }
 
@@ -69,7 +69,7 @@ TYPED_TEST_P(TransfersContract, RequestsEndOnce) {
 }
 
 TYPED_TEST_P(TransfersContract, FetchesTheWholeBodyOrNothing) {
-    platform::Transfers& transfers = this->world_.transfers();
+    platform::Transfers& transfers = this->world_.transfers;
     EXPECT_EQ(transfers.dataWithContentsOfURL(this->url(this->world_.serve("answer"))), "answer");
     EXPECT_EQ(transfers.dataWithContentsOfURL(this->url(this->world_.unserved())), std::nullopt);
 }

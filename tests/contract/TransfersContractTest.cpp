@@ -8,73 +8,55 @@ namespace tests {
 
 namespace {
 
-class RealWorld {
-public:
-    platform::Transfers& transfers() { return *transfers_; }
-
+struct RealWorld {
     std::string serve(const std::string& body) {
-        server_.answer("/served", answerOf("200 OK", body));
-        return server_.url("/served");
+        server.answer("/served", answerOf("200 OK", body));
+        return server.url("/served");
     }
-
-    std::string unserved() const {
+    static std::string unserved() {
         const LoopbackServer gone;
         return gone.url("/");
     }
+    std::string path(const std::string& name) const { return folder.path(name); }
+    static bool has(const std::string& path) { return std::filesystem::exists(path); }
+    bool runUntil(const std::function<bool()>& condition) { return mainQueue.runUntil(condition); }
 
-    std::string path(const std::string& name) const { return folder_.path(name); }
-    bool has(const std::string& path) const { return std::filesystem::exists(path); }
-    bool runUntil(const std::function<bool()>& condition) { return main_.runUntil(condition); }
-
-private:
-    TestEnvironment environment_ = plainEnvironment();
-    TestFolder folder_;
-    LoopbackServer server_;
-    MainQueue main_;
-    std::unique_ptr<platform::Transfers> transfers_ = makeTransfers(main_, {});
+    TestEnvironment environment = plainEnvironment();
+    TestFolder folder;
+    LoopbackServer server;
+    MainQueue mainQueue;
+    std::unique_ptr<platform::Transfers> made = makeTransfers(mainQueue, {});
+    platform::Transfers& transfers = *made;
 };
 
-class FakeWorld {
-public:
-    FakeWorld() { files_.addFolder("/folder"); }
-
-    platform::Transfers& transfers() { return transfers_; }
+struct FakeWorld {
+    FakeWorld() { files.addFolder("/folder"); }
 
     std::string serve(const std::string& body) {
-        transfers_.answers["http://served/"] = body;
+        transfers.answers["http://served/"] = body;
         return "http://served/";
     }
+    static std::string unserved() { return "http://unserved/"; }
+    static std::string path(const std::string& name) { return "/folder/" + name; }
+    bool has(const std::string& path) { return files.has(path); }
 
-    std::string unserved() const { return "http://unserved/"; }
-    std::string path(const std::string& name) const { return "/folder/" + name; }
-    bool has(const std::string& path) { return files_.has(path); }
-
-    // Lets the latest transfer take its course.
+    // Lets every transfer take its course.
     bool runUntil(const std::function<bool()>& condition) {
-        if (condition())
-            return true;
         const foundation::Error refused{foundation::urlErrorDomain, platform::URLErrorCode::cannotConnectToHost, {}};
-        for (std::size_t i = 0; i < transfers_.posts.size(); ++i)
-            if (transfers_.posts[i].delegate &&
-                transfers_.answers.contains(transfers_.posts[i].request.url.absoluteString()))
-                transfers_.finishPost(i);
-            else if (transfers_.posts[i].delegate)
-                transfers_.failPost(i, refused);
-        if (transfers_.downloads.empty())
-            return condition();
-        const auto download = transfers_.downloads.back();
-        transfers_.downloads.pop_back();
-        const auto answer = transfers_.answers.find(download->url.absoluteString());
-        if (answer == transfers_.answers.end())
-            download->fail(refused);
-        else
-            download->run(answer->second.size());
+        const auto isServed = [&](const foundation::URL& url) {
+            return transfers.answers.contains(url.absoluteString());
+        };
+        for (std::size_t i = 0; i < transfers.posts.size(); ++i)
+            if (transfers.posts[i].delegate)
+                isServed(transfers.posts[i].request.url) ? transfers.finishPost(i) : transfers.failPost(i, refused);
+        for (const auto& download : std::exchange(transfers.downloads, {}))
+            isServed(download->url) ? download->run(transfers.answers[download->url.absoluteString()].size())
+                                    : download->fail(refused);
         return condition();
     }
 
-private:
-    FakeFiles files_;
-    FakeTransfers transfers_{files_};
+    FakeFiles files;
+    FakeTransfers transfers{files};
 };
 
 INSTANTIATE_TYPED_TEST_SUITE_P(Real, TransfersContract, RealWorld);

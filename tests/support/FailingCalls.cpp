@@ -144,35 +144,21 @@ ssize_t write(int descriptor, const void* buffer, size_t size) {
     return next<ssize_t (*)(int, const void*, size_t)>("write")(descriptor, buffer, size);
 }
 
-int mkdir(const char* path, mode_t mode) noexcept {
-    return fails(MakeFolder) ? -1 : next<int (*)(const char*, mode_t)>("mkdir")(path, mode);
-}
-int mkdirat(int folder, const char* path, mode_t mode) noexcept {
-    return fails(MakeFolder) ? -1 : next<int (*)(int, const char*, mode_t)>("mkdirat")(folder, path, mode);
-}
-int unlink(const char* path) noexcept {
-    return fails(Unlink) ? -1 : next<int (*)(const char*)>("unlink")(path);
-}
-int unlinkat(int folder, const char* path, int flags) noexcept {
-    return fails(Unlink) ? -1 : next<int (*)(int, const char*, int)>("unlinkat")(folder, path, flags);
-}
-int rename(const char* from, const char* to) noexcept {
-    return fails(Rename) ? -1 : next<int (*)(const char*, const char*)>("rename")(from, to);
-}
-int renameat(int from, const char* path, int to, const char* newPath) noexcept {
-    return fails(Rename) ? -1 : next<int (*)(int, const char*, int, const char*)>("renameat")(from, path, to, newPath);
-}
-int renameat2(int from, const char* path, int to, const char* newPath, unsigned flags) noexcept {
-    return fails(Rename) ? -1
-                         : next<int (*)(int, const char*, int, const char*, unsigned)>("renameat2")(from, path, to,
-                                                                                                    newPath, flags);
-}
-pid_t fork() noexcept {
-    return fails(Fork) ? -1 : next<pid_t (*)()>("fork")();
-}
-pid_t _Fork() noexcept {
-    return fails(Fork) ? -1 : next<pid_t (*)()>("_Fork")();
-}
+#define FAILS(kind, result, name, parameters, ...)                                                                     \
+    result name parameters noexcept {                                                                                  \
+        return fails(kind) ? -1 : next<result(*) parameters>(#name)(__VA_ARGS__);                                      \
+    }
+FAILS(MakeFolder, int, mkdir, (const char* path, mode_t mode), path, mode)
+FAILS(MakeFolder, int, mkdirat, (int folder, const char* path, mode_t mode), folder, path, mode)
+FAILS(Unlink, int, unlink, (const char* path), path)
+FAILS(Unlink, int, unlinkat, (int folder, const char* path, int flags), folder, path, flags)
+FAILS(Rename, int, rename, (const char* from, const char* to), from, to)
+FAILS(Rename, int, renameat, (int from, const char* path, int to, const char* newPath), from, path, to, newPath)
+FAILS(Rename, int, renameat2, (int from, const char* path, int to, const char* newPath, unsigned flags), from, path, to,
+      newPath, flags)
+FAILS(Fork, pid_t, fork, ())
+FAILS(Fork, pid_t, _Fork, ())
+
 int pipe(int ends[2]) noexcept {
     if (!isSanitizer(__builtin_return_address(0)) && fails(Pipe))
         return -1;
