@@ -69,7 +69,7 @@ class FailingCalls(FaultRows):
 
     def test_product_that_cannot_be_started(self):
         self.try_calls("TolvixInstaller", executable(lambda path: path.unlink()), [*DOWNLOADED, "23.34"],
-                       ["spawn", "pipe", "socket", "thread"])
+                       ["fork", "pipe", "socket", "thread"])
 
     def test_disk_image_helper(self):
         self.try_calls("hdiutil")
