@@ -8,6 +8,7 @@
 
 #include <QSettings>
 
+#include <array>
 #include <csignal>
 #include <thread>
 #include <vector>
@@ -146,34 +147,56 @@ TEST(QtPreferencesTest, KeepsWhatOtherProgramsStoreMeanwhile) {
 
 TEST(QtPreferencesTest, FirstRunsAtOnceAgree) {
     const TestFolder folder;
-    std::vector<std::string> values(8);
-    std::vector<std::thread> runs;
-    for (std::size_t number = 0; number < values.size(); ++number)
-        runs.emplace_back([&, number] {
-            QtPreferences preferences(folder.path());
-            store(preferences, std::to_string(number), "run" + std::to_string(number));
-            if (!preferences.appValue("key", domain))
-                store(preferences, std::to_string(number));
-            values[number] = preferences.appValue("key", domain)->description();
-        });
-    for (std::thread& run : runs)
-        run.join();
-    EXPECT_EQ(values, std::vector(values.size(), values.front()));
+    std::array<int, 2> start{};
+    ASSERT_EQ(::pipe(start.data()), 0);
+    std::vector<pid_t> runs(8);
+    for (std::size_t number = 0; number < runs.size(); ++number) {
+        runs[number] = ::fork();
+        if (runs[number] != 0)
+            continue;
+        ::close(start[1]);
+        char none = 0;
+        EXPECT_EQ(::read(start[0], &none, 1), 0) << "all begin when the last writer has closed";
+        QtPreferences preferences(folder.path());
+        store(preferences, std::to_string(number), "run" + std::to_string(number));
+        if (!preferences.appValue("key", domain))
+            store(preferences, std::to_string(number));
+        ::_exit(std::stoi(preferences.appValue("key", domain)->description()));
+    }
+    ::close(start[0]);
+    ::close(start[1]);
+    std::vector<int> values;
+    for (const pid_t run : runs) {
+        int status = -1;
+        EXPECT_EQ(::waitpid(run, &status, 0), run);
+        EXPECT_TRUE(WIFEXITED(status));
+        values.push_back(WEXITSTATUS(status));
+    }
     QtPreferences reader(folder.path());
-    for (std::size_t number = 0; number < values.size(); ++number)
+    const auto agreed = reader.appValue("key", domain);
+    ASSERT_TRUE(agreed);
+    EXPECT_EQ(values, std::vector(runs.size(), std::stoi(agreed->description())));
+    for (std::size_t number = 0; number < runs.size(); ++number)
         EXPECT_EQ(reader.appValue("run" + std::to_string(number), domain), Value(std::to_string(number)));
 }
 
 TEST(QtPreferencesTest, AKilledRunLeavesOneWholeFile) {
     const TestFolder folder;
+    std::array<int, 2> begun{};
+    ASSERT_EQ(::pipe(begun.data()), 0);
     for (int round = 0; round < 30; ++round) {
         const pid_t run = ::fork();
         if (run == 0) {
             QtPreferences preferences(folder.path());
-            for (int number = 0;; ++number)
+            for (int number = 0;; ++number) {
                 store(preferences, std::string(100000, static_cast<char>('a' + number % 26)));
+                if (number == 0 && ::write(begun[1], "", 1) != 1)
+                    ::_exit(1);
+            }
         }
-        std::this_thread::sleep_for(std::chrono::microseconds(3000 + 331 * round));
+        char sign = 'x';
+        EXPECT_EQ(::read(begun[0], &sign, 1), 1);
+        std::this_thread::sleep_for(std::chrono::microseconds(331 * round));
         ::kill(run, SIGKILL);
         ::waitpid(run, nullptr, 0);
         // Free again as soon as nobody writes any more.
@@ -185,6 +208,8 @@ TEST(QtPreferencesTest, AKilledRunLeavesOneWholeFile) {
         EXPECT_TRUE(!value || value->description().size() == 100000);
     }
     EXPECT_EQ(entryCount(folder.path()), 1U);
+    ::close(begun[0]);
+    ::close(begun[1]);
 }
 
 TEST(QtPreferencesTest, RefusesDomainsThatLeaveTheFolder) {
