@@ -9,11 +9,15 @@ import time
 from tests.functional.installer_case import INSTALLED, InstallerCase
 
 QUESTION = "Quit before Tolvix is installed?"
+SIGNALS = (signal.SIGTERM, signal.SIGINT, signal.SIGHUP)
 
 
 class Quitting(InstallerCase):
     def setUp(self):
         super().setUp()
+        # Whoever starts the tests in the background has some of them ignored, here and in the programs started from here.
+        for number in SIGNALS:
+            self.addCleanup(signal.signal, number, signal.signal(number, signal.SIG_DFL))
         self.services.image.faults.hang = True
         self.shown = ""
 
@@ -51,7 +55,7 @@ class Quitting(InstallerCase):
         os.write(terminal, line)
 
     def test_quits_without_a_terminal(self):
-        for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
+        for number in SIGNALS:
             with self.subTest(number.name):
                 self.services.log.events.clear()
                 process = self.start(stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
