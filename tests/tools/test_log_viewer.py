@@ -1,9 +1,9 @@
 """The viewer of journals: which run an event belongs to, how runs ended, the counts, and what it makes of bad lines."""
 import json
+import re
 import subprocess
 import tempfile
 import unittest
-from html.parser import HTMLParser
 from pathlib import Path
 
 from tests.tools import TOOLS
@@ -68,26 +68,12 @@ class Runs(unittest.TestCase):
 
 
 class Views(unittest.TestCase):
-    def test_page_is_well_formed_and_takes_no_markup_from_a_journal(self):
+    def test_page_takes_no_markup_from_a_journal(self):
         text = page(found_in(run_of("<script>", DONE, content='{"partnerName":"<b>&amp;\\u202e"}')))
-        open_tags = []
-
-        class Reader(HTMLParser):
-            def handle_starttag(self, tag, attributes):
-                if tag not in ("meta", "rect"):
-                    open_tags.append(tag)
-
-            def handle_startendtag(self, tag, attributes):
-                pass
-
-            def handle_endtag(reader, tag):
-                self.assertEqual(open_tags.pop(), tag)
-
-        Reader().feed(text)
-        self.assertEqual(open_tags, [])
-        self.assertNotIn("<script>", text)
-        self.assertNotIn("<b>", text)
-        self.assertNotIn("\u202e", text)
+        for foreign in ("<script>", "<b>", "\u202e"):
+            self.assertNotIn(foreign, text)
+        for tag in ("html", "body", "table", "tr", "td", "th", "svg", "details", "section"):
+            self.assertEqual(len(re.findall(f"<{tag}[ >]", text)), text.count(f"</{tag}>"), tag)
         self.assertEqual(text.count("<rect "), 6)
         self.assertNotRegex(text, r"(?:src|href|url)\s*[=(]")
 

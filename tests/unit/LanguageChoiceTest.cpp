@@ -9,44 +9,25 @@ using Texts = std::vector<std::string>;
 TEST(LanguageChoiceTest, ServesEachPersonBest) {
     const Texts available{"de", "en",      "es", "es-419", "fr",    "he",      "hr",     "id",
                           "nb", "sr-Latn", "sr", "pt-BR",  "pt-PT", "zh-Hans", "zh-Hant"};
-    const std::pair<const char*, const char*> rows[] = {{"FR_ca", "fr"},
-                                                        {"es-ES", "es"},
-                                                        {"es-MX", "es-419"},
-                                                        {"pt", "pt-BR"},
-                                                        {"pt-AO", "pt-PT"},
-                                                        {"no", "nb"},
-                                                        {"nn-NO", "nb"},
-                                                        {"iw", "he"},
-                                                        {"in-ID", "id"},
-                                                        {"tlh", "de"},
-                                                        {"", "de"},
-                                                        {"-Hant", "de"},
-                                                        {"bs", "hr"},
-                                                        {"bs-BA", "hr"},
-                                                        {"bs-Latn-BA", "hr"},
-                                                        {"sr", "sr"},
-                                                        {"sr-RS", "sr"},
-                                                        {"sr-Cyrl-RS", "sr"},
-                                                        {"sr-Latn", "sr-Latn"},
-                                                        {"sr-Latn-RS", "sr-Latn"},
-                                                        {"sh", "sr-Latn"},
-                                                        {"sh-RS", "sr-Latn"},
-                                                        {"sh-Cyrl", "sr"},
-                                                        {"zh", "zh-Hans"},
-                                                        {"zh-TW", "zh-Hant"},
-                                                        {"zh-SG", "zh-Hans"},
-                                                        {"zh-Hans-HK", "zh-Hans"},
-                                                        {"yue", "zh-Hant"},
-                                                        {"yue-HK", "zh-Hant"},
-                                                        {"nan-TW", "zh-Hant"},
-                                                        {"nan-Latn-TW", "zh-Hant"},
-                                                        {"hak-TW", "zh-Hant"},
-                                                        {"cmn", "zh-Hant"},
-                                                        {"cmn-TW", "zh-Hant"},
-                                                        {"cmn-Hans", "zh-Hans"},
-                                                        {"yue-CN", "zh-Hans"}};
-    for (const auto& [preferred, chosen] : rows)
-        EXPECT_EQ(foundation::chooseLocalization(available, {preferred}, "de"), chosen) << preferred;
+    const std::pair<const char*, Texts> rows[] = {
+        {"fr", {"FR_ca"}},
+        {"es", {"es-ES"}},
+        {"es-419", {"es-MX"}},
+        {"pt-BR", {"pt"}},
+        {"pt-PT", {"pt-AO"}},
+        {"nb", {"no", "nn-NO"}},
+        {"he", {"iw"}},
+        {"id", {"in-ID"}},
+        {"de", {"tlh", "", "-Hant"}},
+        {"hr", {"bs", "bs-BA", "bs-Latn-BA"}},
+        {"sr", {"sr", "sr-RS", "sr-Cyrl-RS", "sh-Cyrl"}},
+        {"sr-Latn", {"sr-Latn", "sr-Latn-RS", "sh", "sh-RS"}},
+        {"zh-Hans", {"zh", "zh-SG", "zh-Hans-HK", "cmn-Hans", "yue-CN"}},
+        {"zh-Hant", {"zh-TW", "yue", "yue-HK", "nan-TW", "nan-Latn-TW", "hak-TW", "cmn", "cmn-TW"}},
+    };
+    for (const auto& [chosen, people] : rows)
+        for (const std::string& preferred : people)
+            EXPECT_EQ(foundation::chooseLocalization(available, {preferred}, "de"), chosen) << preferred;
     EXPECT_EQ(foundation::chooseLocalization(available, {}, "de"), "de");
     EXPECT_EQ(foundation::chooseLocalization(available, {"xx", "fr-CH", "en"}, "de"), "fr")
         << "a worse match of a better language";
