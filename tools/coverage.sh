@@ -5,7 +5,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 . tools/packages.sh
 
 # shellcheck disable=SC2086 # lists of words
-install_packages $build_packages $run_packages $test_packages
+install_packages $build_packages $run_packages $test_packages $package_packages
 mkdir -p build
 cmake --preset coverage >build/configure.log 2>&1 || { cat build/configure.log >&2; exit 1; }
 cmake --build --preset coverage -- --quiet
