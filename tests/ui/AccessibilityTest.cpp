@@ -82,21 +82,17 @@ TEST_F(AccessibilityTest, AStageIsNotSpokenAsWellWhereTheKeyboardComesToIt) {
     label.setStringValue("Second");
     EXPECT_TRUE(eventually([this] { return heardStage("Second") == 1; }));
     reader_->events.clear();
-    interface().alerts().beginSheet({.messageText = "Title", .informativeText = "Text", .buttons = {"Go on"}},
-                                    [](int) {});
-    letWindowSettle();
+    beginSettled({.messageText = "Title", .informativeText = "Text", .buttons = {"Go on"}});
     press(window(), Qt::Key_Return);
     EXPECT_TRUE(eventually([this] { return !reader_->heard("focused", 1, AccessibilityBus::Notification).empty(); }));
     EXPECT_EQ(heardStage("Downloading"), 0);
 }
 
 TEST_F(AccessibilityTest, AnAlertIsReadAsAWholeAndOnce) {
-    interface().alerts().beginSheet(
-        {.style = platform::AlertStyle::Critical,
-         .messageText = "It failed",
-         .informativeText = "Try again",
-         .buttons = {"Download & open", "Quit"}},
-        [](int) {});
+    begin({.style = platform::AlertStyle::Critical,
+           .messageText = "It failed",
+           .informativeText = "Try again",
+           .buttons = {"Download & open", "Quit"}});
     ASSERT_TRUE(eventually([this] { return !reader_->heard("focused", 1, AccessibilityBus::Button).empty(); }));
     const QString button = reader_->heard("focused", 1, AccessibilityBus::Button).front().path;
     EXPECT_EQ(reader_->name(button), "Download & open");

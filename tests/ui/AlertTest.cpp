@@ -17,12 +17,6 @@ using platform::AlertStyle;
 
 class AlertTest : public InterfaceTest {
 protected:
-    platform::SheetNumber begin(const Alert& alert) {
-        const auto sheet = interface().alerts().beginSheet(alert, [this](int code) { codes_.push_back(code); });
-        letWindowSettle();
-        return sheet;
-    }
-
     static Alert question(const std::string& title = "Title") {
         return {.style = AlertStyle::Warning,
                 .messageText = title,
@@ -30,6 +24,13 @@ protected:
                 .buttons = {"One", "Two", "Three"},
                 .escapeButton = 1,
                 .quitButton = 2};
+    }
+
+    static Alert longQuestion() {
+        Alert alert = question();
+        for (int line = 0; line < 20; ++line)
+            alert.informativeText += "line\n";
+        return alert;
     }
 
     static Alert failure() {
@@ -40,10 +41,6 @@ protected:
 
     static QLabel& label(const char* name) { return *sheet().findChild<QLabel*>(name); }
     static std::string text(const char* name) { return label(name).text().toStdString(); }
-
-    std::vector<int> takeCodes() { return std::exchange(codes_, {}); }
-
-    std::vector<int> codes_;
 };
 
 TEST_F(AlertTest, EveryAlertAnswersWithTheCodeOfEachButton) {
@@ -52,7 +49,7 @@ TEST_F(AlertTest, EveryAlertAnswersWithTheCodeOfEachButton) {
         // The window stays for the next one.
         alert.endsProgram = false;
         for (std::size_t index = 0; index < alert.buttons.size(); ++index) {
-            begin(alert);
+            beginSettled(alert);
             EXPECT_EQ(text("messageText"), alert.messageText);
             EXPECT_EQ(text("informativeText"), alert.informativeText);
             ASSERT_EQ(static_cast<std::size_t>(buttons().size()), alert.buttons.size());
@@ -70,10 +67,7 @@ TEST_F(AlertTest, IsASheetInTheOneWindow) {
     start();
     settle();
     const QSize size = window().size();
-    Alert alert = question();
-    for (int line = 0; line < 20; ++line)
-        alert.informativeText += "line\n";
-    begin(alert);
+    beginSettled(longQuestion());
     EXPECT_EQ(sheet().window(), &window());
     EXPECT_EQ(sheet().geometry(), window().rect());
     EXPECT_FALSE(part("progressIndicator").isVisible());
@@ -100,7 +94,7 @@ TEST_F(AlertTest, Keys) {
                 {{Qt::Key_Tab, Qt::Key_Tab, Qt::Key_Tab, Qt::Key_Return}, 1000}};
     start();
     for (const auto& row : rows) {
-        begin(question());
+        beginSettled(question());
         for (const Qt::Key key : row.keys)
             press(window(), key, row.modifiers);
         EXPECT_EQ(takeCodes(), std::vector{row.code});
@@ -115,20 +109,20 @@ TEST_F(AlertTest, QuittingWhileASheetIsOpen) {
                                               [](QWidget& window) { window.close(); }};
     for (const auto& quit : ways) {
         start();
-        begin(question());
+        beginSettled(question());
         quit(window());
         EXPECT_EQ(sheets().size(), 1);
         EXPECT_TRUE(takeCodes().empty());
         press(window(), Qt::Key_Escape);
         takeCodes();
-        begin(failure());
+        beginSettled(failure());
         quit(window());
         EXPECT_EQ(takeCodes(), std::vector{1001});
         EXPECT_EQ(application_.quitRequests, 0);
         TearDown();
     }
     start();
-    begin(question());
+    beginSettled(question());
     press(window(), Qt::Key_F1);
     EXPECT_EQ(delegate_.helpRequests, 1);
 }
@@ -150,7 +144,7 @@ TEST_F(AlertTest, TakesNoKeyOrClickThatWasMeantForSomethingElse) {
     other.show();
     other.activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
-    interface().alerts().beginSheet(failure(), [this](int code) { codes_.push_back(code); });
+    begin(failure());
     EXPECT_TRUE(other.isActiveWindow());
     EXPECT_EQ(tryAll(), 0U) << "not active";
     window().activateWindow();
@@ -168,10 +162,10 @@ TEST_F(AlertTest, TakesNoKeyOrClickThatWasMeantForSomethingElse) {
 
 TEST_F(AlertTest, ASheetInThePlaceOfAnotherTakesNoAnswerToThat) {
     start();
-    const auto first = begin(question());
+    const auto first = beginSettled(question());
     settling().setInterval(std::chrono::hours(1));
     interface().alerts().endSheet(first, 1000);
-    interface().alerts().beginSheet(failure(), [this](int code) { codes_.push_back(code); });
+    begin(failure());
     press(window(), Qt::Key_Return);
     EXPECT_EQ(takeCodes(), std::vector{1000}) << "the first one's alone";
     letWindowSettle();
@@ -184,23 +178,15 @@ TEST_F(AlertTest, AWindowThatGrowsStaysOnItsScreen) {
     const QRect screen = window().screen()->availableGeometry();
     window().move(screen.bottomRight() - window().rect().bottomRight());
     settle();
-    Alert alert = question();
-    for (int line = 0; line < 20; ++line)
-        alert.informativeText += "line\n";
-    begin(alert);
-    settle();
+    beginSettled(longQuestion());
     EXPECT_TRUE(screen.contains(window().frameGeometry()));
 }
 
 TEST_F(AlertTest, AMinimisedWindowStaysSo) {
     start();
-    Alert alert = question();
-    for (int line = 0; line < 20; ++line)
-        alert.informativeText += "line\n";
     window().showMinimized();
     const QSize size = window().size();
-    begin(alert);
-    settle();
+    beginSettled(longQuestion());
     EXPECT_TRUE(window().isMinimized());
     EXPECT_EQ(window().size(), size) << "some window managers would restore it";
     window().showNormal();
@@ -210,25 +196,25 @@ TEST_F(AlertTest, AMinimisedWindowStaysSo) {
 
 TEST_F(AlertTest, TheWindowLeavesTheScreenWithTheLastAnswerThatEndsTheProgram) {
     start();
-    begin(question());
+    beginSettled(question());
     press(window(), Qt::Key_Return);
     EXPECT_TRUE(window().isVisible());
-    begin(failure());
-    begin(failure());
+    beginSettled(failure());
+    beginSettled(failure());
     press(window(), Qt::Key_Return);
     EXPECT_TRUE(window().isVisible());
     letWindowSettle();
     press(window(), Qt::Key_Return);
     EXPECT_FALSE(window().isVisible());
     EXPECT_EQ(application_.quitRequests, 0) << "leaving the screen is not quitting";
-    begin(failure());
+    beginSettled(failure());
     EXPECT_TRUE(window().isVisible()) << "another alert has come";
 }
 
 TEST_F(AlertTest, ASecondAlertWaitsForTheFirst) {
     start();
-    begin(question("first"));
-    begin(question("second"));
+    beginSettled(question("first"));
+    beginSettled(question("second"));
     EXPECT_EQ(text("messageText"), "first");
     press(window(), Qt::Key_Return);
     EXPECT_EQ(text("messageText"), "second");
@@ -240,7 +226,7 @@ TEST_F(AlertTest, TextsArePlainAndCanBeCopied) {
     alert.buttons = {"Save & Quit"};
     alert.escapeButton = 0;
     start();
-    begin(alert);
+    beginSettled(alert);
     EXPECT_EQ(label("messageText").textFormat(), Qt::PlainText);
     EXPECT_EQ(buttons().at(0)->text(), "Save && Quit");
     EXPECT_TRUE(buttons().at(0)->shortcut().isEmpty());
@@ -259,7 +245,7 @@ TEST_F(AlertTest, TextsArePlainAndCanBeCopied) {
 
 TEST_F(AlertTest, TheMenuOfATextIsInTheLanguage) {
     start("fr");
-    begin(question());
+    beginSettled(question());
     EXPECT_EQ(QCoreApplication::translate("QWidgetTextControl", "Select All"), "Tout sélectionner");
 }
 
@@ -268,7 +254,7 @@ TEST_F(AlertTest, KindsLookDifferent) {
     const auto icon = [this](AlertStyle style) {
         Alert alert = question();
         alert.style = style;
-        begin(alert);
+        beginSettled(alert);
         const QImage image = sheet().findChild<QWidget*>("icon")->grab().toImage();
         press(window(), Qt::Key_Return);
         return image;
@@ -296,8 +282,7 @@ TEST_F(AlertTest, FollowsTheDesktopAndTheReadingDirection) {
             interface().textIndicator().setStringValue("…");
             settle();
             EXPECT_EQ(part("icon").x() > part("textIndicator").x(), mirrored);
-            begin(question());
-            settle();
+            beginSettled(question());
             EXPECT_EQ(buttons().at(0)->x() > buttons().at(1)->x(), mirrored != firstComesLast);
             EXPECT_EQ(buttons().at(1)->x() > buttons().at(2)->x(), mirrored != firstComesLast);
             EXPECT_EQ(sheet().findChild<QWidget*>("icon")->x() > buttons().at(1)->x(), mirrored);
@@ -311,8 +296,8 @@ TEST_F(AlertTest, FollowsTheDesktopAndTheReadingDirection) {
 // Dropping the interface with a sheet open, as the program's end does, answers nothing.
 TEST_F(AlertTest, EndOfTheInterfaceAnswersNothing) {
     start();
-    begin(question("open"));
-    begin(question("waiting"));
+    beginSettled(question("open"));
+    beginSettled(question("waiting"));
     TearDown();
-    EXPECT_TRUE(codes_.empty());
+    EXPECT_TRUE(takeCodes().empty());
 }

@@ -109,9 +109,7 @@ protected:
     }
 
     void expectAlertFits(const platform::Alert& alert) {
-        interface().alerts().beginSheet(alert, [](int) {});
-        letWindowSettle();
-        settle();
+        beginSettled(alert);
         expectAllFits(window());
     }
 };
@@ -179,12 +177,6 @@ bool endsWithALoneWord(const QLabel& label) {
 class SizeTest : public InterfaceTest {
 protected:
     explicit SizeTest(QSize screen = {1366, 768}) { OffscreenDisplay::use(screen); }
-
-    void begin(const platform::Alert& alert) {
-        interface().alerts().beginSheet(alert, [](int) {});
-        letWindowSettle();
-        settle();
-    }
 };
 
 TEST_F(SizeTest, NoWordIsLeftAloneOnTheLastLine) {
@@ -193,7 +185,7 @@ TEST_F(SizeTest, NoWordIsLeftAloneOnTheLastLine) {
             continue;
         start(language);
         for (const platform::Alert& alert : SampleAlerts::all(TextTable(language))) {
-            begin(alert);
+            beginSettled(alert);
             for (const char* name : {"messageText", "informativeText"})
                 EXPECT_FALSE(endsWithALoneWord(part<QLabel>(name))) << language << ", " << alert.messageText;
             press(window(), Qt::Key_Escape);
@@ -229,7 +221,7 @@ TEST_F(SmallScreenTest, GivesUpWhatIsLeastNeededFirst) {
         std::string text;
         for (int word = 0; word < words; ++word)
             text += "Speicherplatz ";
-        begin({.messageText = "Titel", .informativeText = text, .buttons = {"Manuell laden", "Beenden"}});
+        beginSettled({.messageText = "Titel", .informativeText = text, .buttons = {"Manuell laden", "Beenden"}});
         for (const QPushButton* button : buttons())
             EXPECT_TRUE(window().rect().contains(QRect(button->mapTo(&window(), QPoint()), button->size()))) << words;
     };

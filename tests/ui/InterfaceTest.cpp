@@ -62,6 +62,18 @@ void InterfaceTest::letWindowSettle() {
     settling().setInterval(moment);
 }
 
+platform::SheetNumber InterfaceTest::begin(const platform::Alert& alert) {
+    return interface().alerts().beginSheet(
+        alert, [this](int code) { codes_.push_back(code); });
+}
+
+platform::SheetNumber InterfaceTest::beginSettled(const platform::Alert& alert) {
+    const auto sheet = begin(alert);
+    letWindowSettle();
+    settle();
+    return sheet;
+}
+
 void InterfaceTest::settle() {
     for (int round = 0; round < 3; ++round) {
         QCoreApplication::processEvents();

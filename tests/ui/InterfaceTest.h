@@ -10,6 +10,8 @@
 #include <QWidget>
 
 #include <memory>
+#include <utility>
+#include <vector>
 
 // A running interface, and hands and eyes for it. Widgets are found by their object names.
 class InterfaceTest : public testing::Test {
@@ -52,6 +54,12 @@ protected:
     // Lets the moment be over.
     void letWindowSettle();
 
+    // Shows the alert. The codes of the answers gather until they are taken.
+    platform::SheetNumber begin(const platform::Alert& alert);
+    // Shows it and waits until it can be answered.
+    platform::SheetNumber beginSettled(const platform::Alert& alert);
+    std::vector<int> takeCodes() { return std::exchange(codes_, {}); }
+
     // Runs the event loop until nothing is left to do.
     static void settle();
     static void press(QWidget& widget, Qt::Key key, Qt::KeyboardModifiers modifiers = {});
@@ -60,5 +68,6 @@ protected:
     RecordingDelegate delegate_;
 
 private:
+    std::vector<int> codes_;
     std::unique_ptr<platform::MainInterface> interface_;
 };

@@ -197,9 +197,7 @@ TEST_F(ProgressTest, PartsAndFramesCanBeToldApartOnEveryDesktop) {
         const auto shade = [&](int quarter, int y) { return progress.pixelColor(progress.width() * quarter / 4, y); };
         EXPECT_GE(Contrast::between(shade(1, progress.height() / 2), shade(3, progress.height() / 2)), enough);
         EXPECT_GE(Contrast::between(shade(3, 0), background), enough);
-        interface().alerts().beginSheet({.messageText = "Title", .informativeText = "Text", .buttons = {"One", "Two"}},
-                                        [](int) {});
-        letWindowSettle();
+        beginSettled({.messageText = "Title", .informativeText = "Text", .buttons = {"One", "Two"}});
         for (QPushButton* button : buttons()) {
             const QImage picture = button->grab().toImage();
             EXPECT_GE(Contrast::between(picture.pixelColor(0, picture.height() / 2), background), enough)
