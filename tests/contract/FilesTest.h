@@ -100,7 +100,7 @@ protected:
 
     platform::FileQueries& queries() { return files_; }
     platform::FileChanges& changes() override { return files_; }
-    std::string at(const std::string& name) const override { return name.empty() ? "/work" : "/work/" + name; }
+    std::string at(const std::string& name) const override { return name.empty() ? "/scratch" : "/scratch/" + name; }
     void write(const std::string& name, const std::string& bytes) override { files_.addFile(at(name), bytes); }
     void link(const std::string& name, const std::string& target) override { files_.addLink(at(name), target); }
 
