@@ -10,7 +10,8 @@ if(TOLVIX_WARNINGS_AS_ERRORS)
     add_compile_options(-Werror)
 endif()
 if(TOLVIX_COVERAGE)
-    add_compile_options(--coverage)
+    # Not the Objective-C++ layer: another compiler may build it, whose counts do not go together with these.
+    add_compile_options($<$<NOT:$<COMPILE_LANGUAGE:OBJCXX>>:--coverage>)
     add_link_options(--coverage)
 else()
     # What is shipped names no folder of the machine that it was built on; what counts lines has to find its own.
